@@ -1,0 +1,330 @@
+#include "tsruntime/automation/convert.h"
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+#include "tsruntime/automation/locale.h"
+
+namespace tsruntime {
+namespace {
+
+[[noreturn]] void Mismatch() { RaiseRuntime(RuntimeError::kTypeMismatch); }
+[[noreturn]] void Overflow() { RaiseRuntime(RuntimeError::kOverflow); }
+
+// The host runtime writes exponents as "E+20" / "E-05", with the locale's separator.
+String Localize(std::string s) {
+  for (char& c : s) {
+    if (c == 'e') c = 'E';
+  }
+  if (s == "-0") s = "0";
+  String out = FromAscii(s);
+  const char16_t sep = DecimalSeparator();
+  for (char16_t& c : out) {
+    if (c == u'.') c = sep;
+  }
+  return out;
+}
+
+template <class T>
+String FormatFloat(T value, int precision) {
+  if (std::isnan(value)) return u"NaN";
+  if (std::isinf(value)) return value < 0 ? u"-Inf" : u"Inf";
+  char buf[64];
+  auto r = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::general, precision);
+  return Localize(std::string(buf, r.ptr));
+}
+
+int64_t ParseRadix(StringView digits, int radix) {
+  if (digits.empty() || digits.size() > 22) Mismatch();
+  uint64_t v = 0;
+  for (char16_t c : digits) {
+    int d;
+    if (c >= u'0' && c <= u'9') d = c - u'0';
+    else if (c >= u'a' && c <= u'f') d = c - u'a' + 10;
+    else if (c >= u'A' && c <= u'F') d = c - u'A' + 10;
+    else Mismatch();
+    if (d >= radix) Mismatch();
+    v = v * radix + d;
+  }
+  // Up to 16 bits the literal is an Integer, up to 32 a Long: &HFFFF is -1.
+  if (v <= 0xFFFF) return static_cast<int16_t>(v);
+  if (v <= 0xFFFFFFFF) return static_cast<int32_t>(v);
+  Overflow();
+}
+
+int64_t RoundToInteger(const Variant& v, int64_t lo, int64_t hi) {
+  int64_t r;
+  switch (v.type()) {
+    case VarType::kEmpty: return 0;
+    case VarType::kNull: RaiseRuntime(RuntimeError::kInvalidUseOfNull);
+    case VarType::kInteger: r = v.asInteger(); break;
+    case VarType::kLong: r = v.asLong(); break;
+    case VarType::kByte: r = v.asByte(); break;
+    case VarType::kBoolean: r = v.asBoolean() ? -1 : 0; break;
+    case VarType::kCurrency: {
+      const int64_t raw = v.asCurrency().raw;
+      r = raw / 10000;
+      const int64_t rem = raw % 10000;
+      if (rem > 5000 || (rem == 5000 && (r & 1))) ++r;
+      if (rem < -5000 || (rem == -5000 && (r & 1))) --r;
+      break;
+    }
+    default: {
+      const double d = RoundHalfEven(ToDouble(v));
+      if (!(d >= static_cast<double>(lo) && d <= static_cast<double>(hi))) Overflow();
+      r = static_cast<int64_t>(d);
+    }
+  }
+  if (r < lo || r > hi) Overflow();
+  return r;
+}
+
+}  // namespace
+
+double RoundHalfEven(double value) { return std::nearbyint(value); }
+
+String FormatDouble(double value) { return FormatFloat(value, 15); }
+String FormatSingle(float value) { return FormatFloat(value, 7); }
+
+String FormatCurrency(Currency value) {
+  const bool negative = value.raw < 0;
+  const uint64_t magnitude =
+      negative ? uint64_t(-(value.raw + 1)) + 1 : static_cast<uint64_t>(value.raw);
+  std::string s = std::to_string(magnitude / 10000);
+  uint64_t frac = magnitude % 10000;
+  if (frac) {
+    std::string f = std::to_string(frac);
+    f.insert(0, 4 - f.size(), '0');
+    while (f.back() == '0') f.pop_back();
+    s += '.' + f;
+  }
+  if (negative) s.insert(0, "-");
+  return Localize(s);
+}
+
+double ParseNumber(StringView text) {
+  size_t b = 0, e = text.size();
+  auto blank = [](char16_t c) { return c == u' ' || c == u'\t' || c == 0xA0; };
+  while (b < e && blank(text[b])) ++b;
+  while (e > b && blank(text[e - 1])) --e;
+  StringView s = text.substr(b, e - b);
+  if (s.size() > 2 && s[0] == u'&' && (s[1] == u'H' || s[1] == u'h')) {
+    return static_cast<double>(ParseRadix(s.substr(2), 16));
+  }
+  if (s.size() > 2 && s[0] == u'&' && (s[1] == u'O' || s[1] == u'o')) {
+    return static_cast<double>(ParseRadix(s.substr(2), 8));
+  }
+  // Rewrite into the form from_chars reads: ASCII, '.' as the separator.
+  const char16_t sep = DecimalSeparator();
+  std::string ascii;
+  ascii.reserve(s.size());
+  size_t i = 0;
+  if (i < s.size() && (s[i] == u'+' || s[i] == u'-')) ascii += static_cast<char>(s[i++]);
+  bool digits = false, point = false;
+  for (; i < s.size(); ++i) {
+    const char16_t c = s[i];
+    if (c >= u'0' && c <= u'9') {
+      ascii += static_cast<char>(c);
+      digits = true;
+    } else if (c == sep && !point) {
+      ascii += '.';
+      point = true;
+    } else {
+      break;
+    }
+  }
+  if (!digits) Mismatch();
+  if (i < s.size() && (s[i] == u'E' || s[i] == u'e' || s[i] == u'D' || s[i] == u'd')) {
+    ascii += 'e';
+    ++i;
+    if (i < s.size() && (s[i] == u'+' || s[i] == u'-')) ascii += static_cast<char>(s[i++]);
+    bool exp_digits = false;
+    for (; i < s.size() && s[i] >= u'0' && s[i] <= u'9'; ++i) {
+      ascii += static_cast<char>(s[i]);
+      exp_digits = true;
+    }
+    if (!exp_digits) Mismatch();
+  }
+  if (i != s.size()) Mismatch();
+  const char* first = ascii.data() + (ascii[0] == '+' ? 1 : 0);
+  double value = 0;
+  auto r = std::from_chars(first, ascii.data() + ascii.size(), value);
+  if (r.ec == std::errc::result_out_of_range) {
+    // from_chars reports underflow as out of range too; only real overflow fails.
+    if (std::fabs(std::strtod(ascii.c_str(), nullptr)) > 1) Overflow();
+    return 0.0;
+  }
+  if (r.ec != std::errc()) Mismatch();
+  return value;
+}
+
+int16_t ToInteger(const Variant& v) {
+  return static_cast<int16_t>(RoundToInteger(v, INT16_MIN, INT16_MAX));
+}
+
+int32_t ToLong(const Variant& v) {
+  return static_cast<int32_t>(RoundToInteger(v, INT32_MIN, INT32_MAX));
+}
+
+uint8_t ToByte(const Variant& v) { return static_cast<uint8_t>(RoundToInteger(v, 0, 255)); }
+
+double ToDouble(const Variant& v) {
+  switch (v.type()) {
+    case VarType::kEmpty: return 0.0;
+    case VarType::kNull: RaiseRuntime(RuntimeError::kInvalidUseOfNull);
+    case VarType::kInteger: return v.asInteger();
+    case VarType::kLong: return v.asLong();
+    case VarType::kByte: return v.asByte();
+    case VarType::kSingle: return v.asSingle();
+    case VarType::kDouble: return v.asDouble();
+    case VarType::kCurrency: return v.asCurrency().ToDouble();
+    case VarType::kDate: return v.asDate().value;
+    case VarType::kBoolean: return v.asBoolean() ? -1.0 : 0.0;
+    case VarType::kDecimal: return v.asDecimal().ToDouble();
+    case VarType::kString: return ParseNumber(v.asString());
+    default: Mismatch();
+  }
+}
+
+float ToSingle(const Variant& v) {
+  const double d = ToDouble(v);
+  if (std::isfinite(d) && std::fabs(d) > std::numeric_limits<float>::max()) Overflow();
+  return static_cast<float>(d);
+}
+
+Currency ToCurrency(const Variant& v) {
+  switch (v.type()) {
+    case VarType::kCurrency: return v.asCurrency();
+    case VarType::kInteger:
+    case VarType::kLong:
+    case VarType::kByte:
+    case VarType::kBoolean:
+      return Currency::FromUnits(ToLong(v));
+    case VarType::kDecimal: {
+      Decimal d = v.asDecimal();
+      if (d.scale <= 4) {  // exact when no more than four decimals
+        unsigned __int128 m = d.magnitude;
+        for (int i = d.scale; i < 4; ++i) m *= 10;
+        if (m > static_cast<unsigned __int128>(INT64_MAX)) Overflow();
+        const auto raw = static_cast<int64_t>(m);
+        return Currency{d.negative ? -raw : raw};
+      }
+      return Currency::FromDouble(d.ToDouble());
+    }
+    default:
+      return Currency::FromDouble(ToDouble(v));
+  }
+}
+
+Date ToDate(const Variant& v) {
+  double d;
+  switch (v.type()) {
+    case VarType::kDate: return v.asDate();
+    case VarType::kString: {
+      if (auto parsed = Date::Parse(v.asString())) return *parsed;
+      Mismatch();
+    }
+    default: d = ToDouble(v);
+  }
+  // 1 January 100 to 31 December 9999.
+  if (!(d >= -657434.0 && d < 2958466.0)) Overflow();
+  return Date{d};
+}
+
+Decimal ToDecimal(const Variant& v) {
+  switch (v.type()) {
+    case VarType::kDecimal: return v.asDecimal();
+    case VarType::kInteger:
+    case VarType::kLong:
+    case VarType::kByte:
+    case VarType::kBoolean:
+    case VarType::kEmpty:
+      return Decimal::FromInteger(ToLong(v));
+    case VarType::kCurrency: {
+      Decimal d = Decimal::FromInteger(v.asCurrency().raw);
+      d.scale = 4;
+      return Decimal::ParsePlain(d.ToPlainText()).value();  // drops trailing zeros
+    }
+    case VarType::kString: {
+      // Exact for plain digits; through a double only when there is an exponent.
+      String s = v.asString();
+      const char16_t sep = DecimalSeparator();
+      std::string ascii;
+      for (char16_t c : s) {
+        if (c == sep) ascii += '.';
+        else if (c != u' ' && c < 0x80) ascii += static_cast<char>(c);
+        else Mismatch();
+      }
+      if (auto d = Decimal::ParsePlain(ascii)) return *d;
+      return Decimal::FromDouble(ParseNumber(s));
+    }
+    default: return Decimal::FromDouble(ToDouble(v));
+  }
+}
+
+bool ToBoolean(const Variant& v) {
+  switch (v.type()) {
+    case VarType::kBoolean: return v.asBoolean();
+    case VarType::kString: {
+      const String& s = v.asString();
+      if (EqualsAsciiNoCase(s, u"True")) return true;
+      if (EqualsAsciiNoCase(s, u"False")) return false;
+      return ParseNumber(s) != 0.0;
+    }
+    case VarType::kCurrency: return v.asCurrency().raw != 0;
+    case VarType::kDecimal: return v.asDecimal().magnitude != 0;
+    default: return ToDouble(v) != 0.0;
+  }
+}
+
+String ToString(const Variant& v) {
+  switch (v.type()) {
+    case VarType::kEmpty: return String();
+    case VarType::kNull: RaiseRuntime(RuntimeError::kInvalidUseOfNull);
+    case VarType::kString: return v.asString();
+    case VarType::kInteger: return FromAscii(std::to_string(v.asInteger()));
+    case VarType::kLong: return FromAscii(std::to_string(v.asLong()));
+    case VarType::kByte: return FromAscii(std::to_string(v.asByte()));
+    case VarType::kSingle: return FormatSingle(v.asSingle());
+    case VarType::kDouble: return FormatDouble(v.asDouble());
+    case VarType::kCurrency: return FormatCurrency(v.asCurrency());
+    case VarType::kDate: return v.asDate().ToText();
+    case VarType::kBoolean: return v.asBoolean() ? u"True" : u"False";
+    case VarType::kDecimal: {
+      String s = FromAscii(v.asDecimal().ToPlainText());
+      for (char16_t& c : s) {
+        if (c == u'.') c = DecimalSeparator();
+      }
+      return s;
+    }
+    default: Mismatch();
+  }
+}
+
+Variant ChangeType(const Variant& v, VarType type) {
+  switch (type) {
+    case VarType::kVariant: return v;
+    case VarType::kEmpty: return Variant();
+    case VarType::kNull: return Variant::Null();
+    case VarType::kInteger: return Variant(ToInteger(v));
+    case VarType::kLong: return Variant(ToLong(v));
+    case VarType::kByte: return Variant(ToByte(v));
+    case VarType::kSingle: return Variant(ToSingle(v));
+    case VarType::kDouble: return Variant(ToDouble(v));
+    case VarType::kCurrency: return Variant(ToCurrency(v));
+    case VarType::kDate: return Variant(ToDate(v));
+    case VarType::kDecimal: return Variant(ToDecimal(v));
+    case VarType::kBoolean: return Variant(ToBoolean(v));
+    case VarType::kString: return Variant(ToString(v));
+    case VarType::kObject:
+      if (v.isObject()) return v;
+      if (v.isEmpty()) return Variant::Nothing();
+      Mismatch();
+    default:
+      if (v.type() == type) return v;
+      Mismatch();
+  }
+}
+
+}  // namespace tsruntime

@@ -1,0 +1,113 @@
+#include <new>
+#include <stdexcept>
+#include <string>
+
+#include "tsruntime/automation/dispatch.h"
+
+namespace tsruntime {
+namespace {
+
+const MemberInfo* Resolve(const ClassInfo& c, StringView name, InvokeKind kind,
+                          const std::vector<Argument>& args) {
+  switch (kind) {
+    case InvokeKind::kCall: {
+      const MemberInfo* m = c.find(name, MemberKind::kMethod);
+      return m ? m : c.find(name, MemberKind::kPropertyGet);
+    }
+    case InvokeKind::kLet:
+    case InvokeKind::kSet: {
+      // An object assigned by a let goes to the set when the class has one.
+      const bool object = !args.empty() && args.back().value.isObject();
+      const MemberKind first = kind == InvokeKind::kSet || object ? MemberKind::kPropertySet
+                                                                  : MemberKind::kPropertyLet;
+      const MemberKind second = first == MemberKind::kPropertySet ? MemberKind::kPropertyLet
+                                                                  : MemberKind::kPropertySet;
+      const MemberInfo* m = c.find(name, first);
+      return m ? m : c.find(name, second);
+    }
+  }
+  return nullptr;
+}
+
+Variant Call(Object& object, const MemberInfo& m, std::vector<Argument>& args) {
+  const size_t n = m.params.size();
+  std::vector<Variant> bound(n, Variant::Missing());
+  std::vector<int> origin(n, -1);
+
+  size_t position = 0;
+  for (size_t i = 0; i < args.size(); ++i) {
+    const Argument& a = args[i];
+    size_t k;
+    if (a.name.empty()) {
+      if (position >= n) RaiseRuntime(RuntimeError::kWrongArgumentCount);
+      k = position++;
+    } else {
+      k = n;
+      for (size_t j = 0; j < n; ++j) {
+        if (EqualsAsciiNoCase(m.params[j].name, a.name)) k = j;
+      }
+      if (k == n || origin[k] >= 0) RaiseRuntime(RuntimeError::kNamedArgumentNotFound);
+    }
+    bound[k] = a.value;
+    origin[k] = static_cast<int>(i);
+  }
+  for (size_t k = 0; k < n; ++k) {
+    if (!bound[k].isMissing()) continue;
+    if (!m.params[k].optional) RaiseRuntime(RuntimeError::kArgumentNotOptional);
+    bound[k] = m.params[k].defaultValue;
+  }
+
+  Variant result;
+  try {
+    result = m.call(object, bound);
+  } catch (const std::bad_alloc&) {
+    RaiseRuntime(RuntimeError::kOutOfMemory);
+  } catch (const std::length_error&) {
+    RaiseRuntime(RuntimeError::kOutOfMemory);
+  }
+  for (size_t k = 0; k < n; ++k) {
+    if (m.params[k].writesBack && origin[k] >= 0) args[origin[k]].value = std::move(bound[k]);
+  }
+  return result;
+}
+
+}  // namespace
+
+Variant Invoke(Object& object, StringView member, InvokeKind kind,
+               std::vector<Argument>& args) {
+  const MemberInfo* m = Resolve(object.classInfo(), member, kind, args);
+  if (!m) RaiseRuntime(RuntimeError::kNotSupported);
+  Ref<Object> keep_alive;  // the call may release the caller's last reference
+  if (object.RefCount() > 0) keep_alive = Ref<Object>(&object);
+  return Call(object, *m, args);
+}
+
+Variant InvokeDefault(Object& object, std::vector<Argument>& args) {
+  const ClassInfo& c = object.classInfo();
+  if (c.defaultMember.empty()) RaiseRuntime(RuntimeError::kNotSupported);
+  return Invoke(object, c.defaultMember, InvokeKind::kCall, args);
+}
+
+namespace dispatch_detail {
+
+SafeArray& TakeArray(Variant& slot) {
+  if (!slot.isArray()) RaiseRuntime(RuntimeError::kTypeMismatch);
+  return slot.asArray();
+}
+
+Ref<Object> TakeObject(const Variant& slot) {
+  if (slot.isObject()) return slot.asObject();
+  if (slot.isEmpty() || slot.isMissing()) return {};
+  RaiseRuntime(RuntimeError::kTypeMismatch);
+}
+
+void CheckParams(const ClassInfo& info, const MemberInfo& member, size_t given) {
+  if (given != member.params.size()) {
+    throw std::logic_error("tsruntime: " + ToUtf8(info.name) + "." + ToUtf8(member.name) +
+                           " describes " + std::to_string(given) + " parameters, takes " +
+                           std::to_string(member.params.size()));
+  }
+}
+
+}  // namespace dispatch_detail
+}  // namespace tsruntime

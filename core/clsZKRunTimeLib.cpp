@@ -1,0 +1,21 @@
+#include "tsruntime/clsZKRunTimeLib.h"
+
+namespace tsruntime {
+
+clsZKRunTimeLib::clsZKRunTimeLib() { SetInterfaceLanguage(xcZKLANG_RUS); }
+
+int32_t clsZKRunTimeLib::Language() const { return InterfaceLanguage(); }
+void clsZKRunTimeLib::LetLanguage(int32_t value) { SetInterfaceLanguage(value); }
+
+TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
+  static const ClassInfo info =
+      ClassBuilder<clsZKRunTimeLib>("clsZKRunTimeLib")
+          .Method("Init", &clsZKRunTimeLib::Init)
+          .Let("Language", &clsZKRunTimeLib::LetLanguage,
+               {Typed("RHS", VarType::kLong)})
+          .Get("Language", &clsZKRunTimeLib::Language)
+          .Build();
+  return info;
+}
+
+}  // namespace tsruntime

@@ -1,0 +1,46 @@
+// Conversions between Variant types, as the host runtime makes them.
+//
+//   - Number to text uses the locale's decimal separator and no grouping: 1.5 is "1,5"
+//     under a Russian locale. Doubles show up to 15 significant digits, Singles 7,
+//     Currency up to 4 decimals; very large or small values use "1E+20" notation.
+//   - Text to number accepts optional spaces, a sign, digits with the locale's decimal
+//     separator, an exponent and &H / &O prefixes; anything else is type mismatch (13).
+//   - Rounding to Integer, Long and Byte is half to even (2.5 -> 2, 3.5 -> 4); a value
+//     outside the target range is overflow (6).
+//   - Boolean True is -1 as a number and "True" as text; text "True"/"False" (any case)
+//     or a number converts to Boolean.
+//   - Null converts to nothing but Variant: invalid use of Null (94). Empty is 0, "" or
+//     False. Objects, arrays and Error values are type mismatch (13).
+#pragma once
+
+#include <cstdint>
+
+#include "tsruntime/automation/variant.h"
+
+namespace tsruntime {
+
+int16_t ToInteger(const Variant& v);
+int32_t ToLong(const Variant& v);
+uint8_t ToByte(const Variant& v);
+float ToSingle(const Variant& v);
+double ToDouble(const Variant& v);
+Currency ToCurrency(const Variant& v);
+Date ToDate(const Variant& v);
+Decimal ToDecimal(const Variant& v);
+bool ToBoolean(const Variant& v);
+String ToString(const Variant& v);
+
+// The value converted to `type` (a scalar type code, or Variant for a copy).
+Variant ChangeType(const Variant& v, VarType type);
+
+// Number formatting and parsing in the thread's locale.
+String FormatDouble(double value);
+String FormatSingle(float value);
+String FormatCurrency(Currency value);
+// Raises type mismatch (13) when the text is not a number.
+double ParseNumber(StringView text);
+
+// Half-to-even rounding to a whole number, as the host runtime rounds to integers.
+double RoundHalfEven(double value);
+
+}  // namespace tsruntime

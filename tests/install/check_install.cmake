@@ -1,0 +1,40 @@
+# Installs the build into a scratch prefix, then configures, builds and runs the sample
+# hosts against it, once through find_package and once through pkg-config.
+file(REMOVE_RECURSE ${WORK_DIR})
+set(prefix ${WORK_DIR}/prefix)
+
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+  if(NOT rc EQUAL 0)
+    message(FATAL_ERROR "failed: ${ARGN}\n${out}\n${err}")
+  endif()
+  set(last_output "${out}" PARENT_SCOPE)
+endfunction()
+
+run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix} --component Unspecified)
+foreach(required include/tsruntime/clsZKRunTimeLib.h lib/cmake/tsruntime/tsruntimeConfig.cmake
+                 lib/pkgconfig/tsruntime.pc)
+  if(NOT EXISTS ${prefix}/${required})
+    message(FATAL_ERROR "not installed: ${required}")
+  endif()
+endforeach()
+
+run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples -B ${WORK_DIR}/examples -G Ninja
+    -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_BUILD_TYPE=Release)
+run(${CMAKE_COMMAND} --build ${WORK_DIR}/examples)
+run(${WORK_DIR}/examples/hello_tsruntime)
+if(NOT last_output MATCHES "Init: True")
+  message(FATAL_ERROR "unexpected output of the sample host:\n${last_output}")
+endif()
+
+# The same sample built by hand with pkg-config, as a Makefile user would.
+set(ENV{PKG_CONFIG_PATH} ${prefix}/lib/pkgconfig)
+run(pkg-config --cflags --libs tsruntime)
+string(STRIP "${last_output}" flags)
+separate_arguments(flags UNIX_COMMAND "${flags}")
+run(c++ ${SOURCE_DIR}/examples/hello_tsruntime.cpp ${flags} -Wl,-rpath,${prefix}/lib
+    -o ${WORK_DIR}/hello_pkgconfig)
+run(${WORK_DIR}/hello_pkgconfig)
+if(NOT last_output MATCHES "Init: True")
+  message(FATAL_ERROR "unexpected output of the pkg-config build:\n${last_output}")
+endif()
