@@ -224,6 +224,7 @@ take the host's indexes.)")
       .def(
           "set",
           [](ArrayHolder& h, const py::args& args) {
+            if (args.size() < 2) throw py::type_error("set(index..., value)");
             switch (args.size()) {
               case 2: return h.array.set(HostIndex(args[0]), ToVariant(args[1]));
               case 3: return h.array.set(HostIndex(args[0]), HostIndex(args[1]), ToVariant(args[2]));

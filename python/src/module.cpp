@@ -84,22 +84,20 @@ SharedCallback ShareCallback(py::object callable) {
 void Deliver(const PythonCallback& callback, StringView event, std::vector<Variant>& args) {
   py::gil_scoped_acquire gil;
   try {
-    try {
-      py::list values;
-      for (const Variant& a : args) values.append(ToPython(a));
-      callback.callable(py::str(ToUtf8(event)), values);
-    } catch (const Error& e) {
-      RaiseInPython(e);
-      throw py::error_already_set();
-    } catch (py::builtin_exception& e) {
-      e.set_error();
-      throw py::error_already_set();
-    } catch (const std::exception& e) {
-      PyErr_SetString(PyExc_RuntimeError, e.what());
-      throw py::error_already_set();
-    }
+    py::list values;
+    for (const Variant& a : args) values.append(ToPython(a));
+    callback.callable(py::str(ToUtf8(event)), values);
   } catch (py::error_already_set& e) {
     HandlerFailed(std::move(e));
+  } catch (const Error& e) {  // an argument Python cannot hold
+    RaiseInPython(e);
+    HandlerFailed(py::error_already_set());
+  } catch (py::builtin_exception& e) {
+    e.set_error();
+    HandlerFailed(py::error_already_set());
+  } catch (const std::exception& e) {
+    PyErr_SetString(PyExc_RuntimeError, e.what());
+    HandlerFailed(py::error_already_set());
   }
 }
 
@@ -294,11 +292,7 @@ PYBIND11_MODULE(_tsruntime, m) {
     try {
       std::rethrow_exception(p);
     } catch (const Error& e) {
-      try {
-        RaiseInPython(e);
-      } catch (py::error_already_set& failed) {
-        failed.restore();
-      }
+      RaiseInPython(e);
     }
   });
 

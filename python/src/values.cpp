@@ -244,10 +244,14 @@ void RaiseInPython(const Error& error) {
     PyErr_SetString(PyExc_RuntimeError, error.what());
     return;
   }
-  py::object exception = hooks.error_class(error.number(), FromString16(error.source()),
-                                           FromString16(error.description()),
-                                           FromString16(error.helpFile()), error.helpContext());
-  PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(exception.ptr())), exception.ptr());
+  try {
+    py::object exception = hooks.error_class(error.number(), FromString16(error.source()),
+                                             FromString16(error.description()),
+                                             FromString16(error.helpFile()), error.helpContext());
+    PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(exception.ptr())), exception.ptr());
+  } catch (py::error_already_set& failed) {
+    failed.restore();  // the failure to build the exception is what Python sees
+  }
 }
 
 void BindValues(py::module_& m) {

@@ -56,6 +56,7 @@ Variant ToVariant(py::handle value);
 py::object ToPython(const Variant& value);
 
 // Sets `error` as the pending Python exception, of the package's exception class.
+// Never throws: if the exception cannot be built, that failure is what is pending.
 void RaiseInPython(const Error& error);
 
 // Register the Python types: the markers and ErrorValue (values.cpp), SafeArray
