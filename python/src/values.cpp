@@ -2,7 +2,6 @@
 
 #include <bit>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <string>
@@ -60,7 +59,7 @@ Variant FromInt(py::handle value) {
       x <= std::numeric_limits<int32_t>::max()) {
     return Variant(static_cast<int32_t>(x));
   }
-  if (overflow == 0 && std::llabs(x) <= kLargestExactDouble) {
+  if (overflow == 0 && x >= -kLargestExactDouble && x <= kLargestExactDouble) {
     return Variant(static_cast<double>(x));
   }
   RaiseRuntime(RuntimeError::kOverflow);
@@ -73,12 +72,13 @@ Currency CurrencyFromDecimal(py::handle value) {
   if (!value.attr("is_zero")().cast<bool>() && value.attr("adjusted")().cast<long long>() > 20) {
     RaiseRuntime(RuntimeError::kOverflow);
   }
+  // Rounded once, from the exact value, whatever the caller's decimal context says.
   py::module_ decimal = Import("decimal");
   py::object context = decimal.attr("Context")(py::arg("prec") = 60,
                                                py::arg("rounding") = decimal.attr("ROUND_HALF_EVEN"));
-  py::object scaled = context.attr("multiply")(value, 10000);
-  py::object whole = context.attr("to_integral_value")(scaled);
-  py::int_ raw(whole);
+  py::object rounded = value.attr("quantize")(decimal.attr("Decimal")("0.0001"),
+                                              py::arg("context") = context);
+  py::int_ raw(rounded.attr("scaleb")(4, py::arg("context") = context));
   int overflow = 0;
   const long long x = PyLong_AsLongLongAndOverflow(raw.ptr(), &overflow);
   if (overflow != 0) RaiseRuntime(RuntimeError::kOverflow);

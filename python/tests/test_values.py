@@ -38,6 +38,7 @@ ROUND_TRIPS = [
     (Decimal("1234.56"), Decimal("1234.56"), 6, "a Decimal is Currency"),
     (Decimal("0.00015"), Decimal("0.0002"), 6, "Currency keeps four decimals, halves to even"),
     (Decimal("0.00025"), Decimal("0.0002"), 6, "halves go to the even neighbour"),
+    (Decimal("0.00014" + "9" * 70), Decimal("0.0001"), 6, "rounding looks at the exact value"),
     (Decimal("-922337203685477.5808"), Decimal("-922337203685477.5808"), 6, "the smallest Currency"),
     (Decimal("922337203685477.5807"), Decimal("922337203685477.5807"), 6, "the largest Currency"),
     (dt(2024, 3, 5, 14, 7, 9), dt(2024, 3, 5, 14, 7, 9), 7, "a datetime is a Date"),
