@@ -18,7 +18,7 @@ size_t FindFirstIn(const Matcher& m, StringView text, size_t from) {
   for (size_t i = from; i < n; ++i) {
     if (q == 0) {
       // Most positions cannot start an occurrence: skip them without the automaton.
-      while (i < n && (kFold ? TextFold(text[i]) : text[i]) != head) ++i;
+      while (i < n && (kFold ? FoldUnit(text[i]) : text[i]) != head) ++i;
       if (i == n) break;
     }
     q = m.Step<kFold>(q, text[i]);
@@ -33,7 +33,7 @@ size_t FindLastIn(const Matcher& m, StringView text) {
   size_t q = 0;
   for (size_t i = text.size(); i-- > 0;) {
     if (q == 0) {
-      while ((kFold ? TextFold(text[i]) : text[i]) != head) {
+      while ((kFold ? FoldUnit(text[i]) : text[i]) != head) {
         if (i == 0) return kNotFound;
         --i;
       }

@@ -16,6 +16,12 @@ namespace tsruntime::string_detail {
 
 inline constexpr size_t kNotFound = static_cast<size_t>(-1);
 
+// `TextFold` with its ASCII case inline: it runs once per character read.
+inline char16_t FoldUnit(char16_t c) {
+  if (c < 0x80) return (c >= u'A' && c <= u'Z') ? static_cast<char16_t>(c + 32) : c;
+  return TextFold(c);
+}
+
 // A non-empty pattern prepared for Knuth-Morris-Pratt matching, forwards or backwards.
 // Reading a character costs amortised constant time, whatever the text.
 class Matcher {
@@ -32,7 +38,7 @@ class Matcher {
   // below `size()`.
   template <bool kFold>
   size_t Step(size_t q, char16_t c) const {
-    const char16_t u = kFold ? TextFold(c) : c;
+    const char16_t u = kFold ? FoldUnit(c) : c;
     while (q > 0 && pattern_[q] != u) q = fail_[q - 1];
     return pattern_[q] == u ? q + 1 : 0;
   }
@@ -60,7 +66,7 @@ class CharSet {
   CharSet(StringView set, int32_t mode);
 
   bool contains(char16_t c) const {
-    const char16_t u = fold_ ? TextFold(c) : c;
+    const char16_t u = fold_ ? FoldUnit(c) : c;
     if (bits_.empty()) return small_.find(u) != StringView::npos;
     return (bits_[u >> 6] >> (u & 63)) & 1;
   }

@@ -15,15 +15,51 @@
 // restarted in one fixed state, the state after reading the replacement, and the
 // replacement is written out only once the next occurrence shows how much of it stays.
 // Each input character is read once and each output character written once.
+#include <algorithm>
+#include <string>
+
 #include "string_matcher.h"
 #include "tsruntime/clsZKString.h"
 
 namespace tsruntime {
 
+using string_detail::FoldUnit;
 using string_detail::kNotFound;
 using string_detail::Matcher;
 
 namespace {
+
+// The result under construction. Replacements append many short pieces: those go in
+// character by character, which costs less than a general append.
+class Output {
+ public:
+  explicit Output(size_t expected) { buffer_.reserve(expected); }
+
+  void Append(StringView piece) {
+    if (piece.size() <= 4) {
+      for (char16_t c : piece) buffer_.push_back(c);
+    } else {
+      buffer_.append(piece);
+    }
+  }
+
+  String Take() && { return std::move(buffer_); }
+
+ private:
+  String buffer_;
+};
+
+// The next index at or after `i` holding `head` (folded in text mode), or `n`.
+template <bool kFold>
+size_t SkipTo(StringView input, size_t i, char16_t head) {
+  if constexpr (!kFold) {
+    const size_t at = input.find(head, i);
+    return at == StringView::npos ? input.size() : at;
+  } else {
+    while (i < input.size() && FoldUnit(input[i]) != head) ++i;
+    return i;
+  }
+}
 
 template <bool kFold>
 String ReplaceAll(StringView input, const Matcher& search, StringView replacement,
@@ -32,8 +68,7 @@ String ReplaceAll(StringView input, const Matcher& search, StringView replacemen
   const size_t restart = resume_after_replacement ? 0 : search.Run(replacement);
   const char16_t head = search.first();
 
-  String out;
-  out.reserve(input.size());
+  Output out(input.size() + input.size() / 8);
   // The scan window: the replacement, not written yet, when `pending` is set, then the
   // input from `window_start`.
   bool pending = false;
@@ -42,7 +77,7 @@ String ReplaceAll(StringView input, const Matcher& search, StringView replacemen
   const size_t n = input.size();
   for (size_t i = 0; i < n; ++i) {
     if (q == 0) {
-      while (i < n && (kFold ? TextFold(input[i]) : input[i]) != head) ++i;
+      i = SkipTo<kFold>(input, i, head);
       if (i == n) break;
     }
     q = search.Step<kFold>(q, input[i]);
@@ -51,14 +86,14 @@ String ReplaceAll(StringView input, const Matcher& search, StringView replacemen
     const size_t window = (pending ? replacement.size() : 0) + (i + 1 - window_start);
     const size_t match_start = window - m;  // within the window
     if (pending && match_start < replacement.size()) {
-      out.append(replacement.substr(0, match_start));
+      out.Append(replacement.substr(0, match_start));
     } else {
-      if (pending) out.append(replacement);
+      if (pending) out.Append(replacement);
       const size_t before = match_start - (pending ? replacement.size() : 0);
-      out.append(input.substr(window_start, before));
+      out.Append(input.substr(window_start, before));
     }
     if (resume_after_replacement) {
-      out.append(replacement);
+      out.Append(replacement);
       pending = false;
       q = 0;
     } else {
@@ -67,9 +102,9 @@ String ReplaceAll(StringView input, const Matcher& search, StringView replacemen
     }
     window_start = i + 1;
   }
-  if (pending) out.append(replacement);
-  out.append(input.substr(window_start));
-  return out;
+  if (pending) out.Append(replacement);
+  out.Append(input.substr(window_start));
+  return std::move(out).Take();
 }
 
 }  // namespace
