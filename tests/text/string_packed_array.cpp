@@ -89,6 +89,22 @@ TEST(ArraySplit, LetsConversionErrorsThrough) {
                      "short zero header");
 }
 
+TEST(ArraySplit, MalformedTextGivesElementsOrAHostErrorNeverACrash) {
+  std::mt19937 rng(9);
+  const StringView alphabet = u"0000000119-+ a.";
+  auto s = NewString();
+  for (int i = 0; i < 3000; ++i) {
+    String text(rng() % 40, u'0');
+    for (char16_t& c : text) c = alphabet[rng() % alphabet.size()];
+    try {
+      const SafeArray a = s->ArraySplit(text);
+      EXPECT_GE(a.size(), 1) << ToUtf8(text);
+    } catch (const Error& e) {
+      EXPECT_TRUE(e.number() == 5 || e.number() == 6 || e.number() == 13) << ToUtf8(text);
+    }
+  }
+}
+
 TEST(ArraySplit, UndoesArrayJoin) {
   std::mt19937 rng(5);
   const StringView alphabet = u"0123456789ab\r\n ё";
