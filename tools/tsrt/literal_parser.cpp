@@ -509,6 +509,7 @@ class Parser {
     for (;;) {
       Spaces();
       if (!Is(Word(), u"To")) Fail("expected To");
+      Spaces();
       const size_t hi_at = i_;
       const int64_t hi = WholeNumber(INT32_MIN, INT32_MAX, "an upper bound");
       if (hi < lo - 1) FailAt("an upper bound may not be below the lower bound - 1", hi_at);
