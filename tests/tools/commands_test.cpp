@@ -1,11 +1,13 @@
 // The commands driven in process against a class registered by this test program, so
 // that results, written-back arguments and raised errors of every shape are covered.
+#include "commands.h"
+
 #include <gtest/gtest.h>
 
 #include <sstream>
 #include <utility>
 
-#include "commands.h"
+#include "tools/test_support.h"
 #include "tsruntime/automation/dispatch.h"
 
 namespace tsruntime {
@@ -69,6 +71,8 @@ TSRUNTIME_DEFINE_CLASS(TsrtProbe) {
 namespace tsrt {
 namespace {
 
+using tsrt_test::Joined;
+
 struct Outcome {
   int code;
   std::string out;
@@ -79,12 +83,6 @@ Outcome RunWords(std::vector<std::string> words) {
   std::ostringstream out, err;
   const int code = Run(words, out, err);
   return {code, out.str(), err.str()};
-}
-
-std::string Joined(const std::vector<std::string>& words) {
-  std::string s;
-  for (const std::string& w : words) s += (s.empty() ? "" : " ") + ("[" + w + "]");
-  return s;
 }
 
 struct CallCase {
@@ -99,8 +97,7 @@ TEST(TsrtCall, PrintsTheResultThenEachWrittenBackArgument) {
       {{"call", "TsrtProbe", "echo", "Value:=True"}, "True\n"},
       {{"call", "TSRuntimeLib.TsrtProbe", "Echo", R"("a" & vbCrLf & "б")"},
        "\"a\" & vbCrLf & \"б\"\n"},
-      {{"call", "TsrtProbe", "Echo", "Array(1 To 2: \"x\", 2.5!)"},
-       "Array(1 To 2: \"x\", 2.5!)\n"},
+      {{"call", "TsrtProbe", "Echo", "Array(1 To 2: \"x\", 2.5!)"}, "Array(1 To 2: \"x\", 2.5!)\n"},
       {{"call", "TsrtProbe", "Swap", R"("left")", R"("right")"}, "A = \"right\"\nB = \"left\"\n"},
       {{"call", "TsrtProbe", "Swap", R"(B:="b")", R"(a:="a")"}, "A = \"b\"\nB = \"a\"\n"},
       {{"call", "TsrtProbe", "Bump", "5"}, "True\nCount = 6\n"},
@@ -150,23 +147,28 @@ struct FailureCase {
 
 TEST(TsrtCall, ARaisedErrorPrintsItsNumberSourceAndDescriptionAndExitsWithOne) {
   const FailureCase cases[] = {
-      {{"call", "TsrtProbe", "Nope"}, "",
+      {{"call", "TsrtProbe", "Nope"},
+       "",
        "Error 438 (ZKRuntimeLib): Object doesn't support this property or method\n"},
-      {{"call", "TsrtProbe", "Echo", "1", "2"}, "",
+      {{"call", "TsrtProbe", "Echo", "1", "2"},
+       "",
        "Error 450 (ZKRuntimeLib): Wrong number of arguments or invalid property assignment\n"},
-      {{"call", "TsrtProbe", "Echo", "Nope:=1"}, "",
+      {{"call", "TsrtProbe", "Echo", "Nope:=1"},
+       "",
        "Error 448 (ZKRuntimeLib): Named argument not found\n"},
       {{"call", "TsrtProbe", "Bump"}, "", "Error 449 (ZKRuntimeLib): Argument not optional\n"},
       {{"call", "TsrtProbe", "Echo", ""}, "", "Error 449 (ZKRuntimeLib): Argument not optional\n"},
       {{"call", "TsrtProbe", "Bump", R"("x")"}, "", "Error 13 (ZKRuntimeLib): Type mismatch\n"},
-      {{"call", "TsrtProbe", "Bump", "Null"}, "",
-       "Error 94 (ZKRuntimeLib): Invalid use of Null\n"},
+      {{"call", "TsrtProbe", "Bump", "Null"}, "", "Error 94 (ZKRuntimeLib): Invalid use of Null\n"},
       {{"call", "TsrtProbe", "Total", "=", "3000000000"}, "", "Error 6 (ZKRuntimeLib): Overflow\n"},
-      {{"call", "NoSuchClass", "Init"}, "",
+      {{"call", "NoSuchClass", "Init"},
+       "",
        "Error 429 (ZKRuntimeLib): ActiveX component can't create object\n"},
-      {{"call", "TsrtProbe", "Fail", "-2147220803", R"("Плохо" & vbCrLf & "Text = 'x'")"}, "",
+      {{"call", "TsrtProbe", "Fail", "-2147220803", R"("Плохо" & vbCrLf & "Text = 'x'")"},
+       "",
        "Error -2147220803 (ZKRuntimeLib.TsrtProbe.Fail): Плохо\r\nText = 'x'\n"},
-      {{"call", "TsrtProbe", "Total", "=", "3", ":", "Total", ":", "Nope"}, "3\n",
+      {{"call", "TsrtProbe", "Total", "=", "3", ":", "Total", ":", "Nope"},
+       "3\n",
        "Error 438 (ZKRuntimeLib): Object doesn't support this property or method\n"},
   };
   for (const FailureCase& c : cases) {
@@ -215,8 +217,8 @@ TEST(TsrtUsage, BadCommandLinesPrintTheFaultAndTheUsageAndExitWithTwo) {
 }
 
 TEST(TsrtUsage, ArgumentsAreAllReadBeforeAnyStatementRuns) {
-  const Outcome r = RunWords({"call", "TsrtProbe", "Total", "=", "1", ":", "Total", ":",
-                              "Echo", "\"unterminated"});
+  const Outcome r = RunWords(
+      {"call", "TsrtProbe", "Total", "=", "1", ":", "Total", ":", "Echo", "\"unterminated"});
   EXPECT_EQ(r.code, kMisused);
   EXPECT_EQ(r.out, "");
 }

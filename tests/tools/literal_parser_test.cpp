@@ -1,39 +1,21 @@
 // Reading argument literals: every form, named arguments, and the faults reported for
 // text that is not a literal.
+#include "literal_parser.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 #include <string>
 
-#include "literal_parser.h"
-#include "tsruntime/automation/locale.h"
 #include "literal_printer.h"
+#include "tools/test_support.h"
+#include "tsruntime/automation/locale.h"
 
 namespace tsrt {
 namespace {
 
-using tsruntime::Bounds;
-using tsruntime::Currency;
-using tsruntime::Date;
-using tsruntime::DateParts;
-using tsruntime::Decimal;
-using tsruntime::ErrorValue;
-using tsruntime::SafeArray;
-using tsruntime::String;
-using tsruntime::Variant;
-using tsruntime::VarType;
-
-Variant Text(const char16_t* s) { return Variant(String(s)); }
-Variant DateOf(int y, int mo, int d, int h = 0, int mi = 0, int s = 0) {
-  return Variant(Date::FromParts(DateParts{y, mo, d, h, mi, s}));
-}
-Variant MakeArray(VarType element, std::vector<Bounds> dims, std::vector<Variant> items) {
-  SafeArray a(element, std::move(dims));
-  for (size_t k = 0; k < items.size(); ++k) a.elements()[k] = items[k];
-  return Variant(std::move(a));
-}
-Variant DecimalOf(const char* text) { return Variant(Decimal::ParsePlain(text).value()); }
+using namespace tsrt_test;
 
 struct ReadCase {
   const char* literal;
@@ -164,8 +146,10 @@ TEST(LiteralParser, ArraysKeepTheirBoundsElementTypeAndNesting) {
       {"Array()", MakeArray(VarType::kVariant, {{0, -1}}, {})},
       {"Array(Undimensioned)", Variant(SafeArray(VarType::kVariant))},
       {"Array( undimensioned ) As String", Variant(SafeArray(VarType::kString))},
-      {"Array(1, \"a\")", MakeArray(VarType::kVariant, {{0, 1}}, {Variant(int16_t{1}), Text(u"a")})},
-      {"Array( 1 ,2 )", MakeArray(VarType::kVariant, {{0, 1}}, {Variant(int16_t{1}), Variant(int16_t{2})})},
+      {"Array(1, \"a\")",
+       MakeArray(VarType::kVariant, {{0, 1}}, {Variant(int16_t{1}), Text(u"a")})},
+      {"Array( 1 ,2 )",
+       MakeArray(VarType::kVariant, {{0, 1}}, {Variant(int16_t{1}), Variant(int16_t{2})})},
       {"Array(-1 To -1: \"\")", MakeArray(VarType::kVariant, {{-1, -1}}, {Text(u"")})},
       {"Array(5 To 4:)", MakeArray(VarType::kVariant, {{5, 4}}, {})},
       {"Array(0 To -1:) As String", MakeArray(VarType::kString, {{0, -1}}, {})},
@@ -173,11 +157,11 @@ TEST(LiteralParser, ArraysKeepTheirBoundsElementTypeAndNesting) {
        MakeArray(VarType::kLong, {{1, 2}}, {Variant(int32_t{5}), Variant(int32_t{6})})},
       {"Array(0 To 1, 0 To 1: \"a\", \"b\", \"c\", \"d\") As String",
        MakeArray(VarType::kString, {{0, 1}, {0, 1}},
-               {Text(u"a"), Text(u"b"), Text(u"c"), Text(u"d")})},
+                 {Text(u"a"), Text(u"b"), Text(u"c"), Text(u"d")})},
       {"Array(Array(1) As Long, Array())",
        MakeArray(VarType::kVariant, {{0, 1}},
-               {MakeArray(VarType::kLong, {{0, 0}}, {Variant(int32_t{1})}),
-                MakeArray(VarType::kVariant, {{0, -1}}, {})})},
+                 {MakeArray(VarType::kLong, {{0, 0}}, {Variant(int32_t{1})}),
+                  MakeArray(VarType::kVariant, {{0, -1}}, {})})},
       {"Array(Nothing, Null) As Variant",
        MakeArray(VarType::kVariant, {{0, 1}}, {Variant::Nothing(), Variant::Null()})},
   });
@@ -243,7 +227,8 @@ TEST(LiteralParser, MalformedLiteralsAreReportedWithTheirColumn) {
       {"", "expected a literal at column 1"},
       {"abc", "unknown word 'abc' (text goes in double quotes) at column 1"},
       {"\"open", "text has no closing '\"' at column 1"},
-      {"\"a\" & 5", "only quoted text, ChrW(n), Chr(n) and vb text constants join with '&' at column 7"},
+      {"\"a\" & 5",
+       "only quoted text, ChrW(n), Chr(n) and vb text constants join with '&' at column 7"},
       {"5 6", "unexpected text after the literal at column 3"},
       {"True False", "unexpected text after the literal at column 6"},
       {"5x", "unexpected character after the number at column 2"},
@@ -282,7 +267,7 @@ TEST(LiteralParser, MalformedLiteralsAreReportedWithTheirColumn) {
       {"Array(1, 256) As Byte", "element 2 cannot be Byte: Overflow at column 1"},
       {"Array(0 To 2000000000, 0 To 2000000000, 0 To -1:)",
        "the bounds describe too large an array at column 1"},
-      {std::string(100, '(') , "unexpected character '(' at column 1"},
+      {std::string(100, '('), "unexpected character '(' at column 1"},
       {[] {
          std::string s;
          for (int i = 0; i < 100; ++i) s += "Array(";

@@ -1,5 +1,7 @@
 // Printing values as literals, and reading every printed value back to the same type
 // and value.
+#include "literal_printer.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -7,7 +9,7 @@
 #include <string>
 
 #include "literal_parser.h"
-#include "literal_printer.h"
+#include "tools/test_support.h"
 #include "tsruntime/automation/convert.h"
 #include "tsruntime/automation/locale.h"
 #include "tsruntime/clsZKRunTimeLib.h"
@@ -15,33 +17,8 @@
 namespace tsrt {
 namespace {
 
-using tsruntime::Bounds;
-using tsruntime::Currency;
-using tsruntime::Date;
-using tsruntime::DateParts;
-using tsruntime::Decimal;
-using tsruntime::ErrorValue;
-using tsruntime::SafeArray;
-using tsruntime::String;
-using tsruntime::Variant;
-using tsruntime::VarType;
+using namespace tsrt_test;
 
-Variant Text(const char16_t* s) { return Variant(String(s)); }
-Variant DateOf(int y, int mo, int d, int h = 0, int mi = 0, int s = 0) {
-  return Variant(Date::FromParts(DateParts{y, mo, d, h, mi, s}));
-}
-Variant MakeArray(VarType element, std::vector<Bounds> dims, std::vector<Variant> items) {
-  SafeArray a(element, std::move(dims));
-  for (size_t k = 0; k < items.size(); ++k) {
-    if (element == VarType::kByte) {
-      a.bytes()[k] = items[k].asByte();
-    } else {
-      a.elements()[k] = items[k];
-    }
-  }
-  return Variant(std::move(a));
-}
-Variant DecimalOf(const char* text) { return Variant(Decimal::ParsePlain(text).value()); }
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
 struct PrintCase {
@@ -88,8 +65,7 @@ TEST(LiteralPrinter, NumbersCarryASuffixOnlyWhereTheBareFormWouldReadAsAnotherTy
       {Variant(Currency::FromRaw(INT64_MIN)), kAny, "-922337203685477.5808@"},
       {Variant(uint8_t{5}), kAny, "CByte(5)"},
       {DecimalOf("-1.50"), kAny, "CDec(\"-1.5\")"},
-      {DecimalOf("79228162514264337593543950335"), kAny,
-       "CDec(\"79228162514264337593543950335\")"},
+      {DecimalOf("79228162514264337593543950335"), kAny, "CDec(\"79228162514264337593543950335\")"},
       {Variant(std::nan("")), kAny, "CDbl(\"NaN\")"},
       {Variant(-kInf), kAny, "CDbl(\"-Infinity\")"},
       {Variant(static_cast<float>(kInf)), kAny, "CSng(\"Infinity\")"},
@@ -166,8 +142,8 @@ TEST(LiteralPrinter, ArraysShowBoundsWhereTheyAreNotZeroBasedAndTheirElementType
       {MakeArray(VarType::kString, {{0, 1}, {0, 2}},
                  {Text(u"a"), Text(u"b"), Text(u"c"), Text(u"d"), Text(u"e"), Text(u"f")}),
        kAny, R"(Array(0 To 1, 0 To 2: "a", "b", "c", "d", "e", "f") As String)"},
-      {MakeArray(VarType::kByte, {{1, 3}}, {Variant(uint8_t{0}), Variant(uint8_t{7}),
-                                            Variant(uint8_t{255})}),
+      {MakeArray(VarType::kByte, {{1, 3}},
+                 {Variant(uint8_t{0}), Variant(uint8_t{7}), Variant(uint8_t{255})}),
        kAny, "Array(1 To 3: 0, 7, 255) As Byte"},
       {MakeArray(kAny, {{0, 1}},
                  {MakeArray(VarType::kLong, {{0, 0}}, {Variant(int32_t{1})}), Variant(int32_t{2})}),
@@ -178,30 +154,72 @@ TEST(LiteralPrinter, ArraysShowBoundsWhereTheyAreNotZeroBasedAndTheirElementType
 // Values whose printed form must read back to the identical type and value.
 std::vector<Variant> RoundTripValues() {
   std::vector<Variant> values = {
-      Variant(), Variant::Null(), Variant(true), Variant(false), Variant::Nothing(),
-      Variant::Missing(), Variant(ErrorValue{-2147220803}),
-      Variant(int16_t{0}), Variant(int16_t{-1}), Variant(int16_t{INT16_MIN}),
-      Variant(int16_t{INT16_MAX}), Variant(int32_t{0}), Variant(int32_t{-32768}),
-      Variant(int32_t{32768}), Variant(int32_t{INT32_MIN}), Variant(int32_t{INT32_MAX}),
-      Variant(uint8_t{0}), Variant(uint8_t{255}),
-      Variant(0.0), Variant(-0.0), Variant(0.1), Variant(-1.0 / 3), Variant(1e15),
-      Variant(123456789012345680.0), Variant(2147483648.0), Variant(1e308),
-      Variant(std::numeric_limits<double>::max()), Variant(std::numeric_limits<double>::min()),
-      Variant(std::numeric_limits<double>::denorm_min()), Variant(kInf), Variant(-kInf),
+      Variant(),
+      Variant::Null(),
+      Variant(true),
+      Variant(false),
+      Variant::Nothing(),
+      Variant::Missing(),
+      Variant(ErrorValue{-2147220803}),
+      Variant(int16_t{0}),
+      Variant(int16_t{-1}),
+      Variant(int16_t{INT16_MIN}),
+      Variant(int16_t{INT16_MAX}),
+      Variant(int32_t{0}),
+      Variant(int32_t{-32768}),
+      Variant(int32_t{32768}),
+      Variant(int32_t{INT32_MIN}),
+      Variant(int32_t{INT32_MAX}),
+      Variant(uint8_t{0}),
+      Variant(uint8_t{255}),
+      Variant(0.0),
+      Variant(-0.0),
+      Variant(0.1),
+      Variant(-1.0 / 3),
+      Variant(1e15),
+      Variant(123456789012345680.0),
+      Variant(2147483648.0),
+      Variant(1e308),
+      Variant(std::numeric_limits<double>::max()),
+      Variant(std::numeric_limits<double>::min()),
+      Variant(std::numeric_limits<double>::denorm_min()),
+      Variant(kInf),
+      Variant(-kInf),
       Variant(std::nan("")),
-      Variant(0.1f), Variant(-1e-7f), Variant(16777217.0f), Variant(std::numeric_limits<float>::max()),
-      Variant(std::numeric_limits<float>::denorm_min()), Variant(static_cast<float>(-kInf)),
-      Variant(Currency::FromRaw(INT64_MIN)), Variant(Currency::FromRaw(INT64_MAX)),
-      Variant(Currency::FromRaw(1)), Variant(Currency::FromRaw(-123456789)),
-      DecimalOf("0"), DecimalOf("-0.0000000000000000000000000001"),
-      DecimalOf("79228162514264337593543950335"), DecimalOf("-7.9228162514264337593543950335"),
-      DateOf(2024, 3, 5, 14, 7, 9), DateOf(100, 1, 1), DateOf(9999, 12, 31, 23, 59, 59),
-      DateOf(1899, 12, 30), DateOf(1899, 12, 29, 6, 0, 0), DateOf(1600, 2, 29, 12, 0, 1),
-      Variant(Date{0.1}), Variant(Date{-657434.0}), Variant(Date{45000.123456789}),
-      Text(u""), Text(u"\"\"\""), Text(u"a\r\nb\r\n"), Text(u"\r\r\n\n"),
-      Text(u"Сумма: 1 234,56 руб."), Text(u"\U0001F600 & ChrW(7)"),
-      MakeArray(kAny, {{0, -1}}, {}), Variant(SafeArray(kAny)), Variant(SafeArray(VarType::kLong)),
-      MakeArray(kAny, {{5, 4}}, {}), MakeArray(VarType::kString, {{-1, -1}}, {Text(u"")}),
+      Variant(0.1f),
+      Variant(-1e-7f),
+      Variant(16777217.0f),
+      Variant(std::numeric_limits<float>::max()),
+      Variant(std::numeric_limits<float>::denorm_min()),
+      Variant(static_cast<float>(-kInf)),
+      Variant(Currency::FromRaw(INT64_MIN)),
+      Variant(Currency::FromRaw(INT64_MAX)),
+      Variant(Currency::FromRaw(1)),
+      Variant(Currency::FromRaw(-123456789)),
+      DecimalOf("0"),
+      DecimalOf("-0.0000000000000000000000000001"),
+      DecimalOf("79228162514264337593543950335"),
+      DecimalOf("-7.9228162514264337593543950335"),
+      DateOf(2024, 3, 5, 14, 7, 9),
+      DateOf(100, 1, 1),
+      DateOf(9999, 12, 31, 23, 59, 59),
+      DateOf(1899, 12, 30),
+      DateOf(1899, 12, 29, 6, 0, 0),
+      DateOf(1600, 2, 29, 12, 0, 1),
+      Variant(Date{0.1}),
+      Variant(Date{-657434.0}),
+      Variant(Date{45000.123456789}),
+      Text(u""),
+      Text(u"\"\"\""),
+      Text(u"a\r\nb\r\n"),
+      Text(u"\r\r\n\n"),
+      Text(u"Сумма: 1 234,56 руб."),
+      Text(u"\U0001F600 & ChrW(7)"),
+      MakeArray(kAny, {{0, -1}}, {}),
+      Variant(SafeArray(kAny)),
+      Variant(SafeArray(VarType::kLong)),
+      MakeArray(kAny, {{5, 4}}, {}),
+      MakeArray(VarType::kString, {{-1, -1}}, {Text(u"")}),
       MakeArray(VarType::kString, {{0, -1}, {0, -1}}, {}),
       MakeArray(VarType::kInteger, {{INT32_MAX, INT32_MAX}}, {Variant(int16_t{3})}),
       MakeArray(VarType::kDouble, {{INT32_MIN, INT32_MIN + 1}}, {Variant(5.0), Variant(0.5)}),
@@ -211,14 +229,15 @@ std::vector<Variant> RoundTripValues() {
       MakeArray(VarType::kObject, {{0, 0}}, {Variant::Nothing()}),
       MakeArray(VarType::kSingle, {{0, 0}}, {Variant(0.1f)}),
       MakeArray(VarType::kDecimal, {{0, 0}}, {DecimalOf("1.5")}),
-      MakeArray(VarType::kByte, {{0, 2}}, {Variant(uint8_t{0}), Variant(uint8_t{128}),
-                                          Variant(uint8_t{255})}),
+      MakeArray(VarType::kByte, {{0, 2}},
+                {Variant(uint8_t{0}), Variant(uint8_t{128}), Variant(uint8_t{255})}),
       MakeArray(VarType::kString, {{1, 2}, {-1, 0}, {0, 1}},
-                {Text(u"a"), Text(u"b"), Text(u"c"), Text(u"d"), Text(u"e"), Text(u"f"),
-                 Text(u"g"), Text(u"h")}),
-      MakeArray(kAny, {{0, 2}},
-                {MakeArray(kAny, {{1, 1}}, {Variant(int32_t{1})}), Variant(SafeArray(VarType::kString)),
-                 MakeArray(VarType::kLong, {{0, 1}}, {Variant(int32_t{1}), Variant(int32_t{2})})}),
+                {Text(u"a"), Text(u"b"), Text(u"c"), Text(u"d"), Text(u"e"), Text(u"f"), Text(u"g"),
+                 Text(u"h")}),
+      MakeArray(
+          kAny, {{0, 2}},
+          {MakeArray(kAny, {{1, 1}}, {Variant(int32_t{1})}), Variant(SafeArray(VarType::kString)),
+           MakeArray(VarType::kLong, {{0, 1}}, {Variant(int32_t{1}), Variant(int32_t{2})})}),
   };
   String every_unit;  // lone surrogates included
   for (uint32_t c = 0; c <= 0xFFFF; ++c) every_unit += static_cast<char16_t>(c);

@@ -1,9 +1,9 @@
 // The built `tsrt` program, run as a user runs it: output, errors and exit status.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
 #include <sys/wait.h>
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -12,12 +12,15 @@
 #include <string>
 #include <vector>
 
+#include "tools/test_support.h"
+
 extern char** environ;
 
 namespace {
 
 using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
+using tsrt_test::Joined;
 
 struct Outcome {
   int code = -1;
@@ -41,8 +44,10 @@ Outcome RunTsrt(const std::vector<std::string>& args) {
 
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 1, out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-  posix_spawn_file_actions_addopen(&actions, 2, err_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  posix_spawn_file_actions_addopen(&actions, 1, out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                   0600);
+  posix_spawn_file_actions_addopen(&actions, 2, err_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                   0600);
   std::vector<char*> argv{const_cast<char*>(TSRT_PATH)};
   for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
   argv.push_back(nullptr);
@@ -63,12 +68,6 @@ Outcome RunTsrt(const std::vector<std::string>& args) {
   return r;
 }
 
-std::string Joined(const std::vector<std::string>& words) {
-  std::string s;
-  for (const std::string& w : words) s += (s.empty() ? "" : " ") + ("[" + w + "]");
-  return s;
-}
-
 struct Case {
   std::vector<std::string> args;
   int code;
@@ -80,23 +79,40 @@ TEST(TsrtProgram, CallsTheRootObjectAndReportsErrorsExactly) {
   const Case cases[] = {
       {{"call", "clsZKRunTimeLib", "Init"}, 0, "True\n", ""},
       {{"call", "clsZKRunTimeLib", "Language"}, 0, "0\n", ""},
-      {{"call", "TSRuntimeLib.clsZKRunTimeLib", "Language", "=", "1", ":", "Language"}, 0, "1\n", ""},
+      {{"call", "TSRuntimeLib.clsZKRunTimeLib", "Language", "=", "1", ":", "Language"},
+       0,
+       "1\n",
+       ""},
       {{"call", "clszkruntimelib", "language", "=", "40000.5", ":", "LANGUAGE"}, 0, "40000\n", ""},
       {{"let", "clsZKRunTimeLib", "Language", "1"}, 0, "", ""},
-      {{"call", "clsZKRunTimeLib", "Nope"}, 1, "",
+      {{"call", "clsZKRunTimeLib", "Nope"},
+       1,
+       "",
        "Error 438 (ZKRuntimeLib): Object doesn't support this property or method\n"},
-      {{"call", "clsZKRunTimeLib", "Init", "Extra:=1"}, 1, "",
+      {{"call", "clsZKRunTimeLib", "Init", "Extra:=1"},
+       1,
+       "",
        "Error 448 (ZKRuntimeLib): Named argument not found\n"},
-      {{"call", "clsZKRunTimeLib", "Init", "1"}, 1, "",
+      {{"call", "clsZKRunTimeLib", "Init", "1"},
+       1,
+       "",
        "Error 450 (ZKRuntimeLib): Wrong number of arguments or invalid property assignment\n"},
-      {{"call", "clsZKRunTimeLib", "Language", "=", "\"abc\""}, 1, "",
+      {{"call", "clsZKRunTimeLib", "Language", "=", "\"abc\""},
+       1,
+       "",
        "Error 13 (ZKRuntimeLib): Type mismatch\n"},
-      {{"call", "clsZKRunTimeLib", "Language", "=", "2147483648"}, 1, "",
+      {{"call", "clsZKRunTimeLib", "Language", "=", "2147483648"},
+       1,
+       "",
        "Error 6 (ZKRuntimeLib): Overflow\n"},
-      {{"call", "NoSuchClass", "Init"}, 1, "",
+      {{"call", "NoSuchClass", "Init"},
+       1,
+       "",
        "Error 429 (ZKRuntimeLib): ActiveX component can't create object\n"},
-      {{"enums", "xeZK_INTERFACE_LANGUAGE"}, 0,
-       "Enum xeZK_INTERFACE_LANGUAGE\n  xcZKLANG_RUS = 0\n  xcZKLANG_ENG = 1\nEnd Enum\n", ""},
+      {{"enums", "xeZK_INTERFACE_LANGUAGE"},
+       0,
+       "Enum xeZK_INTERFACE_LANGUAGE\n  xcZKLANG_RUS = 0\n  xcZKLANG_ENG = 1\nEnd Enum\n",
+       ""},
   };
   for (const Case& c : cases) {
     const Outcome r = RunTsrt(c.args);
@@ -127,13 +143,15 @@ TEST(TsrtProgram, MisuseExitsWithTwoAndTheUsageInUtf8) {
 TEST(TsrtProgram, ListsClassesMembersAndEnumerations) {
   const Outcome classes = RunTsrt({"classes"});
   EXPECT_EQ(classes.code, 0);
-  EXPECT_THAT(classes.out, ContainsRegex("(^|\n)clsZKRunTimeLib +TSRuntimeLib\\.clsZKRunTimeLib\n"));
-  EXPECT_THAT(classes.out, ContainsRegex("(^|\n)Enumerator +TSRuntimeLib\\.Enumerator  \\(not creatable\\)\n"));
+  EXPECT_THAT(classes.out,
+              ContainsRegex("(^|\n)clsZKRunTimeLib +TSRuntimeLib\\.clsZKRunTimeLib\n"));
+  EXPECT_THAT(classes.out,
+              ContainsRegex("(^|\n)Enumerator +TSRuntimeLib\\.Enumerator  \\(not creatable\\)\n"));
 
   const Outcome members = RunTsrt({"members", "clsZKRunTimeLib"});
   EXPECT_EQ(members.code, 0);
-  EXPECT_THAT(members.out, ::testing::StartsWith(
-                               "Class clsZKRunTimeLib  ' TSRuntimeLib.clsZKRunTimeLib\n"));
+  EXPECT_THAT(members.out,
+              ::testing::StartsWith("Class clsZKRunTimeLib  ' TSRuntimeLib.clsZKRunTimeLib\n"));
   EXPECT_THAT(members.out, HasSubstr("\n  Function Init() As Boolean\n"));
   EXPECT_THAT(members.out, HasSubstr("\n  Property Get Language() As Long\n"));
   EXPECT_THAT(members.out, HasSubstr("\n  Property Let Language(ByVal RHS As Long)\n"));

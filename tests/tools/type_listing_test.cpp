@@ -1,7 +1,7 @@
 // The type information as `tsrt classes`, `members` and `enums` print it.
-#include <gtest/gtest.h>
-
 #include "type_listing.h"
+
+#include <gtest/gtest.h>
 
 namespace tsrt {
 namespace {

@@ -33,17 +33,19 @@ constexpr size_t kMaxDimensions = 60;
 bool IsLetter(char16_t c) { return (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z'); }
 bool IsDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
 bool IsWordChar(char16_t c) { return IsLetter(c) || IsDigit(c) || c == u'_'; }
-bool Is(StringView word, StringView keyword) {
-  return tsruntime::EqualsAsciiNoCase(word, keyword);
-}
+bool Is(StringView word, StringView keyword) { return tsruntime::EqualsAsciiNoCase(word, keyword); }
 
 struct TextConstant {
   StringView name;
   StringView text;
 };
 constexpr TextConstant kTextConstants[] = {
-    {u"vbCrLf", u"\r\n"},         {u"vbNewLine", u"\r\n"}, {u"vbCr", u"\r"},
-    {u"vbLf", u"\n"},             {u"vbTab", u"\t"},       {u"vbNullChar", StringView(u"\0", 1)},
+    {u"vbCrLf", u"\r\n"},
+    {u"vbNewLine", u"\r\n"},
+    {u"vbCr", u"\r"},
+    {u"vbLf", u"\n"},
+    {u"vbTab", u"\t"},
+    {u"vbNullChar", StringView(u"\0", 1)},
     {u"vbNullString", StringView()},
 };
 
@@ -52,19 +54,17 @@ struct Conversion {
   VarType type;
 };
 constexpr Conversion kConversions[] = {
-    {u"CBool", VarType::kBoolean}, {u"CByte", VarType::kByte},
-    {u"CInt", VarType::kInteger},  {u"CLng", VarType::kLong},
-    {u"CSng", VarType::kSingle},   {u"CDbl", VarType::kDouble},
-    {u"CCur", VarType::kCurrency}, {u"CDec", VarType::kDecimal},
-    {u"CDate", VarType::kDate},
+    {u"CBool", VarType::kBoolean}, {u"CByte", VarType::kByte},   {u"CInt", VarType::kInteger},
+    {u"CLng", VarType::kLong},     {u"CSng", VarType::kSingle},  {u"CDbl", VarType::kDouble},
+    {u"CCur", VarType::kCurrency}, {u"CDec", VarType::kDecimal}, {u"CDate", VarType::kDate},
 };
 
 // The element types an `As` clause may name.
 std::optional<VarType> ElementTypeNamed(StringView word) {
   constexpr VarType kTypes[] = {
-      VarType::kInteger, VarType::kLong,    VarType::kSingle, VarType::kDouble,
-      VarType::kCurrency, VarType::kDate,   VarType::kString, VarType::kObject,
-      VarType::kBoolean, VarType::kVariant, VarType::kDecimal, VarType::kByte,
+      VarType::kInteger,  VarType::kLong,    VarType::kSingle,  VarType::kDouble,
+      VarType::kCurrency, VarType::kDate,    VarType::kString,  VarType::kObject,
+      VarType::kBoolean,  VarType::kVariant, VarType::kDecimal, VarType::kByte,
   };
   for (VarType t : kTypes) {
     if (Is(word, tsruntime::TypeName(t))) return t;
@@ -254,12 +254,12 @@ class Parser {
     switch (Peek()) {
       case u'%':
         ++i_;
-        return Variant(static_cast<int16_t>(Integral(text, fractional, INT16_MIN, INT16_MAX,
-                                                     "Integer", start)));
+        return Variant(static_cast<int16_t>(
+            Integral(text, fractional, INT16_MIN, INT16_MAX, "Integer", start)));
       case u'&':
         ++i_;
-        return Variant(static_cast<int32_t>(Integral(text, fractional, INT32_MIN, INT32_MAX,
-                                                     "Long", start)));
+        return Variant(
+            static_cast<int32_t>(Integral(text, fractional, INT32_MIN, INT32_MAX, "Long", start)));
       case u'!':
         ++i_;
         return Variant(Floating<float>(text, "Single", start));
@@ -343,11 +343,10 @@ class Parser {
     }
     for (; decimals < 4; ++decimals) raw *= 10;
     if (first_dropped > 5 || (first_dropped == 5 && (rest_dropped || (raw & 1)))) ++raw;
-    const unsigned __int128 limit =
-        static_cast<unsigned __int128>(INT64_MAX) + (negative ? 1 : 0);
+    const unsigned __int128 limit = static_cast<unsigned __int128>(INT64_MAX) + (negative ? 1 : 0);
     if (raw > limit) FailAt("out of range for Currency", start);
-    const int64_t value = negative ? static_cast<int64_t>(0 - static_cast<uint64_t>(raw))
-                                   : static_cast<int64_t>(raw);
+    const int64_t value =
+        negative ? static_cast<int64_t>(0 - static_cast<uint64_t>(raw)) : static_cast<int64_t>(raw);
     return Currency::FromRaw(value);
   }
 
@@ -362,9 +361,15 @@ class Parser {
                     size_t start) const {
     int64_t n = 0;
     switch (v.type()) {
-      case VarType::kInteger: n = v.asInteger(); break;
-      case VarType::kLong: n = v.asLong(); break;
-      case VarType::kByte: n = v.asByte(); break;
+      case VarType::kInteger:
+        n = v.asInteger();
+        break;
+      case VarType::kLong:
+        n = v.asLong();
+        break;
+      case VarType::kByte:
+        n = v.asByte();
+        break;
       case VarType::kDouble: {
         const double d = v.asDouble();
         if (std::trunc(d) != d || std::fabs(d) > 1e18) {
@@ -373,12 +378,13 @@ class Parser {
         n = static_cast<int64_t>(d);
         break;
       }
-      default: FailAt(std::string(what) + " takes a whole number", start);
+      default:
+        FailAt(std::string(what) + " takes a whole number", start);
     }
     if (n < lo || n > hi) {
-      FailAt(std::string(what) + " must be from " + std::to_string(lo) + " to " +
-                 std::to_string(hi),
-             start);
+      FailAt(
+          std::string(what) + " must be from " + std::to_string(lo) + " to " + std::to_string(hi),
+          start);
     }
     return n;
   }
@@ -410,8 +416,8 @@ class Parser {
       if (v.isString()) return ConvertText(v.asString(), c, at);
       return tsruntime::ChangeType(v, c.type);
     } catch (const tsruntime::Error& e) {
-      FailAt(tsruntime::ToUtf8(c.name) + " cannot take this value: " +
-                 tsruntime::ToUtf8(e.description()),
+      FailAt(tsruntime::ToUtf8(c.name) +
+                 " cannot take this value: " + tsruntime::ToUtf8(e.description()),
              at);
     }
   }
@@ -421,7 +427,8 @@ class Parser {
   Variant ConvertText(const String& text, const Conversion& c, size_t at) const {
     const std::string name = tsruntime::ToUtf8(c.name);
     switch (c.type) {
-      case VarType::kBoolean: return tsruntime::ChangeType(Variant(text), c.type);
+      case VarType::kBoolean:
+        return tsruntime::ChangeType(Variant(text), c.type);
       case VarType::kDate: {
         if (auto d = Date::Parse(text)) return Variant(*d);
         FailAt(name + " takes a date written yyyy-mm-dd hh:nn:ss", at);
@@ -438,7 +445,8 @@ class Parser {
         if (Is(text, u"-Infinity")) return tsruntime::ChangeType(Variant(-kInf), c.type);
         break;
       }
-      default: break;
+      default:
+        break;
     }
     Variant number;
     try {

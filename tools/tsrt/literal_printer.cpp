@@ -156,10 +156,14 @@ std::string PrintArray(const SafeArray& a) {
 
 std::string PrintLiteral(const Variant& v, VarType declared) {
   switch (v.type()) {
-    case VarType::kEmpty: return "Empty";
-    case VarType::kNull: return "Null";
-    case VarType::kBoolean: return v.asBoolean() ? "True" : "False";
-    case VarType::kInteger: return std::to_string(v.asInteger());
+    case VarType::kEmpty:
+      return "Empty";
+    case VarType::kNull:
+      return "Null";
+    case VarType::kBoolean:
+      return v.asBoolean() ? "True" : "False";
+    case VarType::kInteger:
+      return std::to_string(v.asInteger());
     case VarType::kLong: {
       const int32_t n = v.asLong();
       const bool reads_as_integer = n >= INT16_MIN && n <= INT16_MAX;
@@ -173,11 +177,16 @@ std::string PrintLiteral(const Variant& v, VarType declared) {
       const float f = v.asSingle();
       return std::isfinite(f) ? Shortest(f) + "!" : NonFinite(f, "CSng");
     }
-    case VarType::kDouble: return PrintDouble(v.asDouble(), declared);
-    case VarType::kCurrency: return PrintCurrency(v.asCurrency());
-    case VarType::kDecimal: return "CDec(\"" + v.asDecimal().ToPlainText() + "\")";
-    case VarType::kDate: return PrintDate(v.asDate());
-    case VarType::kString: return PrintText(v.asString());
+    case VarType::kDouble:
+      return PrintDouble(v.asDouble(), declared);
+    case VarType::kCurrency:
+      return PrintCurrency(v.asCurrency());
+    case VarType::kDecimal:
+      return "CDec(\"" + v.asDecimal().ToPlainText() + "\")";
+    case VarType::kDate:
+      return PrintDate(v.asDate());
+    case VarType::kString:
+      return PrintText(v.asString());
     case VarType::kObject: {
       const auto& o = v.asObject();
       return o ? "<Object " + ToUtf8(o->classInfo().name) + ">" : "Nothing";

@@ -42,10 +42,14 @@ std::string DeclareParams(const std::vector<ParamInfo>& params) {
 
 const char* KindWord(const tsruntime::MemberInfo& m) {
   switch (m.kind) {
-    case MemberKind::kMethod: return m.returnType == VarType::kEmpty ? "Sub" : "Function";
-    case MemberKind::kPropertyGet: return "Property Get";
-    case MemberKind::kPropertyLet: return "Property Let";
-    case MemberKind::kPropertySet: return "Property Set";
+    case MemberKind::kMethod:
+      return m.returnType == VarType::kEmpty ? "Sub" : "Function";
+    case MemberKind::kPropertyGet:
+      return "Property Get";
+    case MemberKind::kPropertyLet:
+      return "Property Let";
+    case MemberKind::kPropertySet:
+      return "Property Set";
   }
   return "Function";
 }
