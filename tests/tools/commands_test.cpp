@@ -2,6 +2,7 @@
 // that results, written-back arguments and raised errors of every shape are covered.
 #include "commands.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -147,28 +148,22 @@ struct FailureCase {
 
 TEST(TsrtCall, ARaisedErrorPrintsItsNumberSourceAndDescriptionAndExitsWithOne) {
   const FailureCase cases[] = {
-      {{"call", "TsrtProbe", "Nope"},
-       "",
+      {{"call", "TsrtProbe", "Nope"}, "",
        "Error 438 (ZKRuntimeLib): Object doesn't support this property or method\n"},
-      {{"call", "TsrtProbe", "Echo", "1", "2"},
-       "",
+      {{"call", "TsrtProbe", "Echo", "1", "2"}, "",
        "Error 450 (ZKRuntimeLib): Wrong number of arguments or invalid property assignment\n"},
-      {{"call", "TsrtProbe", "Echo", "Nope:=1"},
-       "",
+      {{"call", "TsrtProbe", "Echo", "Nope:=1"}, "",
        "Error 448 (ZKRuntimeLib): Named argument not found\n"},
       {{"call", "TsrtProbe", "Bump"}, "", "Error 449 (ZKRuntimeLib): Argument not optional\n"},
       {{"call", "TsrtProbe", "Echo", ""}, "", "Error 449 (ZKRuntimeLib): Argument not optional\n"},
       {{"call", "TsrtProbe", "Bump", R"("x")"}, "", "Error 13 (ZKRuntimeLib): Type mismatch\n"},
       {{"call", "TsrtProbe", "Bump", "Null"}, "", "Error 94 (ZKRuntimeLib): Invalid use of Null\n"},
       {{"call", "TsrtProbe", "Total", "=", "3000000000"}, "", "Error 6 (ZKRuntimeLib): Overflow\n"},
-      {{"call", "NoSuchClass", "Init"},
-       "",
+      {{"call", "NoSuchClass", "Init"}, "",
        "Error 429 (ZKRuntimeLib): ActiveX component can't create object\n"},
-      {{"call", "TsrtProbe", "Fail", "-2147220803", R"("Плохо" & vbCrLf & "Text = 'x'")"},
-       "",
+      {{"call", "TsrtProbe", "Fail", "-2147220803", R"("Плохо" & vbCrLf & "Text = 'x'")"}, "",
        "Error -2147220803 (ZKRuntimeLib.TsrtProbe.Fail): Плохо\r\nText = 'x'\n"},
-      {{"call", "TsrtProbe", "Total", "=", "3", ":", "Total", ":", "Nope"},
-       "3\n",
+      {{"call", "TsrtProbe", "Total", "=", "3", ":", "Total", ":", "Nope"}, "3\n",
        "Error 438 (ZKRuntimeLib): Object doesn't support this property or method\n"},
   };
   for (const FailureCase& c : cases) {
@@ -239,12 +234,7 @@ TEST(TsrtListing, MembersAndClassesComeFromTheRegistry) {
 
   const Outcome classes = RunWords({"classes"});
   EXPECT_EQ(classes.code, kSucceeded);
-  EXPECT_NE(classes.out.find("TsrtProbe        TSRuntimeLib.TsrtProbe\n"), std::string::npos)
-      << classes.out;
-
-  const Outcome help = RunWords({"--help"});
-  EXPECT_EQ(help.code, kSucceeded);
-  EXPECT_NE(help.out.find("Array(Undimensioned)"), std::string::npos);
+  EXPECT_THAT(classes.out, ::testing::ContainsRegex("(^|\n)TsrtProbe +TSRuntimeLib\\.TsrtProbe\n"));
 }
 
 }  // namespace
