@@ -45,6 +45,7 @@
 
 #include "tsruntime/automation/compare.h"
 #include "tsruntime/automation/dispatch.h"
+#include "tsruntime/errors.h"
 
 namespace tsruntime {
 
