@@ -50,19 +50,37 @@ int CompareElement(const Variant& element, StringView text, int32_t mode) {
 
 namespace {
 
-// A row while it is being sorted: its key and where the row came from.
+// A row while it is being sorted: its key and where the row came from. `head` holds the
+// key's first units, zero-padded, so that most comparisons need not follow `key`: a
+// smaller head means a smaller key, and only equal heads need the whole key.
 struct SortRec {
+  uint64_t head;
   const void* key;
   size_t length;  // in key units: UTF-16 code units, or bytes of a collation key
   size_t row;     // position among the rows sorted, before sorting
 };
 
+uint64_t BinaryHead(const char16_t* key, size_t length) {
+  uint64_t head = 0;
+  for (size_t i = 0; i < 4; ++i) head = head << 16 | (i < length ? key[i] : 0u);
+  return head;
+}
+
+uint64_t TextHead(const char* key, size_t length) {
+  uint64_t head = 0;
+  for (size_t i = 0; i < 8; ++i) head = head << 8 | (i < length ? uint8_t(key[i]) : 0u);
+  return head;
+}
+
+int CompareHeads(const SortRec& a, const SortRec& b) { return (a.head > b.head) - (a.head < b.head); }
+
 struct BinaryOrder {
   int operator()(const SortRec& a, const SortRec& b) const {
+    if (a.head != b.head) return CompareHeads(a, b);
     const auto* x = static_cast<const char16_t*>(a.key);
     const auto* y = static_cast<const char16_t*>(b.key);
     const size_t n = std::min(a.length, b.length);
-    for (size_t i = 0; i < n; ++i) {
+    for (size_t i = 4; i < n; ++i) {
       if (x[i] != y[i]) return x[i] < y[i] ? -1 : 1;
     }
     return (a.length > b.length) - (a.length < b.length);
@@ -71,6 +89,7 @@ struct BinaryOrder {
 
 struct TextOrder {
   int operator()(const SortRec& a, const SortRec& b) const {
+    if (a.head != b.head) return CompareHeads(a, b);
     const int c = std::memcmp(a.key, b.key, std::min(a.length, b.length));
     if (c != 0) return c < 0 ? -1 : 1;
     return (a.length > b.length) - (a.length < b.length);
@@ -100,7 +119,7 @@ class SortKeys {
       for (size_t k = 0; k < n; ++k) {
         const Variant& v = KeyAt(array, layout, Row(first, k));
         const String& s = v.isString() ? v.asString() : converted_.emplace_back(ToString(v));
-        recs_[k] = SortRec{s.data(), s.size(), k};
+        recs_[k] = SortRec{BinaryHead(s.data(), s.size()), s.data(), s.size(), k};
       }
       return;
     }
@@ -111,7 +130,8 @@ class SortKeys {
       ends[k] = arena_.size();
     }
     for (size_t k = 0, begin = 0; k < n; begin = ends[k], ++k) {
-      recs_[k] = SortRec{arena_.data() + begin, ends[k] - begin, k};
+      const char* key = arena_.data() + begin;
+      recs_[k] = SortRec{TextHead(key, ends[k] - begin), key, ends[k] - begin, k};
     }
   }
 
