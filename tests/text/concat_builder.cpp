@@ -104,16 +104,6 @@ TEST(StringConcatCounters, RaiseTheHostRuntimesErrors) {
   }
 }
 
-TEST(StringConcatCounters, AZeroBlockStillTakesPiecesThatFit) {
-  auto sc = New<clsZKStringConcat>();
-  sc->Add(u"abc");
-  sc->LetAllocSize(0);
-  EXPECT_EQ(sc->AllocSize(), 0);
-  sc->Add(String(997, u'd'));
-  EXPECT_EQ(sc->CharsUsed(), 1000);
-  EXPECT_EQ(sc->CharsAllocated(), 1000);
-}
-
 TEST(StringConcatText, IsThePiecesInOrderWithTrailingSpacesKept) {
   auto sc = New<clsZKStringConcat>();
   EXPECT_EQ(sc->GetStr(), u"");
