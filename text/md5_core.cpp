@@ -107,10 +107,15 @@ void TransformOne(uint32_t* state, const uint8_t* block) {
 constexpr int64_t kPositionLimit = 32767;  // positions within one update are 16-bit
 constexpr int32_t kRecord = 64;
 
-[[noreturn]] void RaiseOpenError(int error) {
+[[noreturn]] void RaiseOpenError(int error, const std::string& path) {
   switch (error) {
-    case ENOENT:
+    case ENOENT: {
+      const size_t slash = path.rfind('/');
+      const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+      struct stat info;
+      if (::stat(folder.c_str(), &info) != 0) RaiseRuntime(RuntimeError::kPathNotFound);
       RaiseRuntime(RuntimeError::kFileNotFound);
+    }
     case ENOTDIR:
       RaiseRuntime(RuntimeError::kPathNotFound);
     case EACCES:
@@ -207,7 +212,7 @@ void Md5State::Final() {
 
 void Md5State::HashFile(const std::string& path) {
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) RaiseOpenError(errno);
+  if (fd < 0) RaiseOpenError(errno, path);
   const FileCloser closer{fd};
   struct stat info;
   if (::fstat(fd, &info) != 0) RaiseRuntime(RuntimeError::kDeviceIoError);
