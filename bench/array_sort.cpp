@@ -24,7 +24,8 @@ using namespace tsruntime;
 using Clock = std::chrono::steady_clock;
 
 std::vector<String> RandomStrings(size_t n) {
-  static const String letters = u"abcdefghijklmnopqrstuvwxyzABCDEFGHIJабвгдеёжзийклмнопрАБВГДЕЁЖЗ";
+  static const String letters =
+      u"abcdefghijklmnopqrstuvwxyzABCDEFGHIJабвгдеёжзийклмнопрАБВГДЕЁЖЗ";
   std::mt19937 rng(42);
   std::vector<String> out(n);
   for (String& s : out) {

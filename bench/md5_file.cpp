@@ -30,7 +30,8 @@ constexpr int64_t kFileSize = (int64_t{1} << 28) - 64 + 13;
 
 std::filesystem::path Folder() {
   static const std::filesystem::path folder =
-      std::filesystem::temp_directory_path() / ("tsruntime-md5-bench-" + std::to_string(::getpid()));
+      std::filesystem::temp_directory_path() /
+      ("tsruntime-md5-bench-" + std::to_string(::getpid()));
   return folder;
 }
 

@@ -72,7 +72,9 @@ uint64_t TextHead(const char* key, size_t length) {
   return head;
 }
 
-int CompareHeads(const SortRec& a, const SortRec& b) { return (a.head > b.head) - (a.head < b.head); }
+int CompareHeads(const SortRec& a, const SortRec& b) {
+  return (a.head > b.head) - (a.head < b.head);
+}
 
 struct BinaryOrder {
   int operator()(const SortRec& a, const SortRec& b) const {
@@ -283,15 +285,20 @@ void SortRows(SafeArray& array, const RowLayout& layout, int32_t first, int32_t 
   ApplyOrder(array, layout, first, keys.recs());
 }
 
-// The layout for sorting rows `min_index` .. `max_index`, which must lie in the array.
-RowLayout RangeLayout(const SafeArray& array, int32_t min_index, int32_t max_index,
-                      const Variant& column) {
+// Sorts rows `min_index` .. `max_index`, which must lie in the array unless there are
+// fewer than two of them (then nothing is looked at).
+template <class Algorithm>
+void SortRange(SafeArray& array, int32_t min_index, int32_t max_index, const Variant& column,
+               bool hi_to_low, int32_t mode, Algorithm algorithm) {
+  if (max_index <= min_index) return;
   const RowLayout layout = ResolveLayout(array, column);
   if (min_index < layout.rows.lower || max_index > layout.rows.upper) {
     RaiseRuntime(RuntimeError::kSubscriptOutOfRange);
   }
-  return layout;
+  SortRows(array, layout, min_index, max_index, hi_to_low, mode, algorithm);
 }
+
+int64_t Last(const std::vector<SortRec>& r) { return static_cast<int64_t>(r.size()) - 1; }
 
 }  // namespace
 
@@ -305,22 +312,14 @@ void BubbleSort(SafeArray& array, const Variant& column, bool hi_to_low, int32_t
 
 void SelectionSort(SafeArray& array, int32_t min_index, int32_t max_index,
                    const Variant& column, bool hi_to_low, int32_t mode) {
-  if (max_index <= min_index) return;
-  const RowLayout layout = RangeLayout(array, min_index, max_index, column);
-  SortRows(array, layout, min_index, max_index, hi_to_low, mode,
-           [](std::vector<SortRec>& r, auto cmp) {
-             Selection(r, 0, static_cast<int64_t>(r.size()) - 1, cmp);
-           });
+  SortRange(array, min_index, max_index, column, hi_to_low, mode,
+            [](std::vector<SortRec>& r, auto cmp) { Selection(r, 0, Last(r), cmp); });
 }
 
 void QuickSort(SafeArray& array, int32_t min_index, int32_t max_index,
                const Variant& column, bool hi_to_low, int32_t mode) {
-  if (max_index <= min_index) return;
-  const RowLayout layout = RangeLayout(array, min_index, max_index, column);
-  SortRows(array, layout, min_index, max_index, hi_to_low, mode,
-           [](std::vector<SortRec>& r, auto cmp) {
-             Quick(r, 0, static_cast<int64_t>(r.size()) - 1, cmp);
-           });
+  SortRange(array, min_index, max_index, column, hi_to_low, mode,
+            [](std::vector<SortRec>& r, auto cmp) { Quick(r, 0, Last(r), cmp); });
 }
 
 }  // namespace tsruntime::array_detail

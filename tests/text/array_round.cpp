@@ -58,7 +58,8 @@ struct RoundCase {
 
 TEST(ArrayRoundCurrency, RoundsToKopecksThatAddUpToTheRoundedTotal) {
   const RoundCase cases[] = {
-      {"whole kopecks stay as they are", {"1.00", "2.50", "-3.07"}, Variant(), {"1.00", "2.50", "-3.07"}},
+      {"whole kopecks stay as they are", {"1.00", "2.50", "-3.07"}, Variant(),
+       {"1.00", "2.50", "-3.07"}},
       {"each amount rounds on its own when the totals agree", {"1.004", "2.006"}, Variant(),
        {"1.00", "2.01"}},
       {"half a kopeck rounds away from zero", {"0.005", "-0.015"}, Variant(), {"0.01", "-0.02"}},
@@ -127,7 +128,7 @@ TEST(ArrayRoundCurrency, KeepsTheSumOverRandomAmounts) {
         continue;
       }
       ASSERT_EQ(after % 100, 0) << "round " << round << ": not whole kopecks at " << i;
-      ASSERT_LT(std::llabs(after - before), 100) << "round " << round << ": moved a kopeck at " << i;
+      ASSERT_LT(std::llabs(after - before), 100) << "round " << round << ": a kopeck off at " << i;
       total += after;
     }
     // The exact total rounded half a kopeck away from zero.

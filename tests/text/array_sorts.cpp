@@ -283,8 +283,9 @@ TEST(ArraySortErrors, AreRaisedAgainUnderTheSortsOwnNumbers) {
       {"a Null element", Sort::kQuick,
        [] { return SafeArray::FromVariants({Variant(u"b"), Variant::Null(), Variant(u"a")}); },
        0, 2, Variant::Missing(), RuntimeError::kInvalidUseOfNull},
-      {"a byte array", Sort::kBubble, [] { return SafeArray::FromBytes(std::vector<uint8_t>{3, 1}); },
-       0, 0, Variant::Missing(), RuntimeError::kTypeMismatch},
+      {"a byte array", Sort::kBubble,
+       [] { return SafeArray::FromBytes(std::vector<uint8_t>{3, 1}); }, 0, 0,
+       Variant::Missing(), RuntimeError::kTypeMismatch},
   };
   const std::map<Sort, int32_t> codes = {{Sort::kBubble, xcZKERR_ARRAY_SORTBUBBLE},
                                          {Sort::kSelection, xcZKERR_ARRAY_SORTSEL},
