@@ -211,6 +211,8 @@ void Md5State::Final() {
 }
 
 void Md5State::HashFile(const std::string& path) {
+  // A name with a NUL in it would silently name a shorter path.
+  if (path.find('\0') != std::string::npos) RaiseRuntime(RuntimeError::kBadFileNameOrNumber);
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) RaiseOpenError(errno, path);
   const FileCloser closer{fd};

@@ -82,7 +82,8 @@ class clsZKmd5 : public Object {
   String DigestStrToHexStr(const String& SourceString);
 
   // The digest of a file's bytes. File not found (53), path not found (76), permission
-  // denied (70) or path/file access error (75, a folder) when it cannot be read.
+  // denied (70), path/file access error (75, a folder) or bad file name (52, a name
+  // holding a NUL) when it cannot be read.
   String DigestFileToHexStr(const String& FileName);
 
   // Reduces `bits` to `bits` Mod 32 (the sign of `bits` kept) and writes it back; when

@@ -170,6 +170,8 @@ TEST(Md5Limits, UnreadableFilesRaiseTheRuntimesFileErrors) {
       {"a missing file", folder.Path("missing"), RuntimeError::kFileNotFound},
       {"a file in a missing folder", folder.Path("nowhere/file"), RuntimeError::kPathNotFound},
       {"a folder", folder.Path(""), RuntimeError::kPathFileAccessError},
+      {"a name with a NUL in it", folder.Write("named", Pattern(3)) + std::string(1, '\0') + "x",
+       RuntimeError::kBadFileNameOrNumber},
   };
   for (const auto& c : cases) {
     try {
