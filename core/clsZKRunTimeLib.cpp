@@ -8,6 +8,7 @@ int32_t clsZKRunTimeLib::Language() const { return InterfaceLanguage(); }
 void clsZKRunTimeLib::LetLanguage(int32_t value) { SetInterfaceLanguage(value); }
 
 Ref<clsZKString> clsZKRunTimeLib::GetObjString() const { return New<clsZKString>(); }
+Ref<clsZKArray> clsZKRunTimeLib::GetObjArray() const { return New<clsZKArray>(); }
 
 TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
   static const ClassInfo info =
@@ -17,6 +18,7 @@ TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
                {Typed("RHS", VarType::kLong)})
           .Get("Language", &clsZKRunTimeLib::Language)
           .Get("GetObjString", &clsZKRunTimeLib::GetObjString)
+          .Get("GetObjArray", &clsZKRunTimeLib::GetObjArray)
           .Build();
   return info;
 }

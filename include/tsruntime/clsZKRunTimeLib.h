@@ -14,6 +14,7 @@
 
 #include "tsruntime/automation/dispatch.h"
 #include "tsruntime/clsZKString.h"
+#include "tsruntime/clsZKArray.h"
 #include "tsruntime/errors.h"
 
 namespace tsruntime {
@@ -32,6 +33,8 @@ class clsZKRunTimeLib : public Object {
 
   // A new string service object on every read.
   Ref<clsZKString> GetObjString() const;
+  // A new clsZKArray on every read.
+  Ref<clsZKArray> GetObjArray() const;
 };
 
 }  // namespace tsruntime
