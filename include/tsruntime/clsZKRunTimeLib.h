@@ -31,9 +31,8 @@ class clsZKRunTimeLib : public Object {
   int32_t Language() const;
   void LetLanguage(int32_t value);
 
-  // A new string service object on every read.
+  // Service objects: a new one on every read; the caller owns it.
   Ref<clsZKString> GetObjString() const;
-  // A new clsZKArray on every read.
   Ref<clsZKArray> GetObjArray() const;
 };
 
