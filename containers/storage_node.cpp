@@ -1,0 +1,28 @@
+#include "tsruntime/clsZKStorage.h"
+
+namespace tsruntime {
+
+clsZKStorage::clsZKStorage()
+    : nodes_(New<clsZKStorageNodes>()), items_(New<clsZKStorageItems>()) {}
+
+void clsZKStorage::Clear() {
+  name_.clear();
+  if (nodes_) nodes_->Clear();
+  if (items_) items_->Clear();
+}
+
+TSRUNTIME_DEFINE_CLASS(clsZKStorage) {
+  static const ClassInfo info =
+      ClassBuilder<clsZKStorage>("clsZKStorage")
+          .Get("Nodes", &clsZKStorage::Nodes)
+          .Set("Nodes", &clsZKStorage::SetNodes, {"RHS"})
+          .Get("Items", &clsZKStorage::Items)
+          .Set("Items", &clsZKStorage::SetItems, {"RHS"})
+          .Let("Name", &clsZKStorage::LetName, {"RHS"})
+          .Get("Name", &clsZKStorage::Name)
+          .Method("Clear", &clsZKStorage::Clear)
+          .Build();
+  return info;
+}
+
+}  // namespace tsruntime
