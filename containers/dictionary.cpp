@@ -44,7 +44,7 @@ bool clsZKDictionary::Insert(String key, Variant value) {
     size_t lo = 1, hi = n;
     for (;;) {
       const size_t mid = (lo + hi) / 2;
-      const int c = CompareStrings(entries_->at(mid - 1).key, key, compare_mode_) * sign;
+      const int c = CompareStrings(entries_->keyAt(mid - 1), key, compare_mode_) * sign;
       if (c < 0) {
         lo = mid + 1;
         if (lo > hi) {
@@ -72,7 +72,8 @@ void clsZKDictionary::NotifyChanged(const Variant& item) {
 }
 
 void clsZKDictionary::Add(const Variant& Key, const Variant& vData) {
-  if (Exists(Key)) return;
+  // For a String the insertion's own keyed check is the Exists test.
+  if (!IsKey(Key) && Exists(Key)) return;
   try {
     if (Insert(ToString(Key), vData)) changed_ = true;
   } catch (const Error&) {

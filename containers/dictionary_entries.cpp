@@ -25,6 +25,7 @@ struct Node {
 struct Leaf : Node {
   Leaf() : Node(true) {}
   Entry* slot[kCapacity + 1];
+  StringView key[kCapacity + 1];  // slot[i]->key
 };
 
 struct Inner : Node {
@@ -77,8 +78,11 @@ void MoveSlots(Node* src, int from, int k, Node* dst, int at) {
     Leaf* s = AsLeaf(src);
     Leaf* d = AsLeaf(dst);
     std::move_backward(d->slot + at, d->slot + d->n, d->slot + d->n + k);
+    std::move_backward(d->key + at, d->key + d->n, d->key + d->n + k);
     std::copy(s->slot + from, s->slot + from + k, d->slot + at);
+    std::copy(s->key + from, s->key + from + k, d->key + at);
     std::move(s->slot + from + k, s->slot + s->n, s->slot + from);
+    std::move(s->key + from + k, s->key + s->n, s->key + from);
     for (int i = at; i < at + k; ++i) d->slot[i]->leaf = d;
   } else {
     Inner* s = AsInner(src);
@@ -105,21 +109,34 @@ size_t SlotWeight(const Node* node, int i) {
 
 EntryList::~EntryList() { clear(); }
 
-Entry& EntryList::at(size_t pos) const {
-  if (cached_leaf_ && pos - cached_start_ < static_cast<size_t>(cached_leaf_->n)) {
-    return *cached_leaf_->slot[pos - cached_start_];
+std::pair<const Leaf*, int> EntryList::locate(size_t pos) const {
+  int level = path_length_ - 1;
+  while (level >= 0 && pos - path_[level].start >= path_[level].count) --level;
+  if (level < 0) {
+    path_[0] = {root_, 0, size_};
+    level = 0;
   }
-  const Node* node = root_;
-  size_t start = 0;
+  const Node* node = path_[level].node;
+  size_t start = path_[level].start;
   while (!node->leaf) {
     const Inner* in = static_cast<const Inner*>(node);
     int i = 0;
     while (pos - start >= in->count[i]) start += in->count[i++];
     node = in->kid[i];
+    path_[++level] = {node, start, in->count[i]};
   }
-  cached_leaf_ = static_cast<const Leaf*>(node);
-  cached_start_ = start;
-  return *cached_leaf_->slot[pos - start];
+  path_length_ = level + 1;
+  return {static_cast<const Leaf*>(node), static_cast<int>(pos - start)};
+}
+
+Entry& EntryList::at(size_t pos) const {
+  const auto [leaf, i] = locate(pos);
+  return *leaf->slot[i];
+}
+
+StringView EntryList::keyAt(size_t pos) const {
+  const auto [leaf, i] = locate(pos);
+  return leaf->key[i];
 }
 
 Entry* EntryList::find(StringView folded) const {
@@ -133,7 +150,7 @@ Entry& EntryList::insert(size_t pos, String key, String folded, Variant value) {
   owned->value = std::move(value);
   if (folded != owned->key) owned->folded = std::move(folded);
   index_.emplace(owned->foldedKey(), owned.get());
-  cached_leaf_ = nullptr;
+  path_length_ = 0;
   if (!root_) root_ = new Leaf;
 
   Node* node = root_;
@@ -147,8 +164,10 @@ Entry& EntryList::insert(size_t pos, String key, String folded, Variant value) {
   Leaf* leaf = AsLeaf(node);
   const int at = static_cast<int>(pos);
   std::move_backward(leaf->slot + at, leaf->slot + leaf->n, leaf->slot + leaf->n + 1);
+  std::move_backward(leaf->key + at, leaf->key + leaf->n, leaf->key + leaf->n + 1);
   Entry* entry = owned.release();
   leaf->slot[at] = entry;
+  leaf->key[at] = entry->key;
   entry->leaf = leaf;
   ++leaf->n;
   ++size_;
@@ -195,10 +214,11 @@ void EntryList::linkAfter(Node* left, Node* right, size_t left_count, size_t rig
 
 void EntryList::erase(Entry& entry) {
   index_.erase(entry.foldedKey());
-  cached_leaf_ = nullptr;
+  path_length_ = 0;
   Leaf* leaf = entry.leaf;
-  Entry** slot = std::find(leaf->slot, leaf->slot + leaf->n, &entry);
-  std::move(slot + 1, leaf->slot + leaf->n, slot);
+  const auto i = std::find(leaf->slot, leaf->slot + leaf->n, &entry) - leaf->slot;
+  std::move(leaf->slot + i + 1, leaf->slot + leaf->n, leaf->slot + i);
+  std::move(leaf->key + i + 1, leaf->key + leaf->n, leaf->key + i);
   --leaf->n;
   for (Node* child = leaf; child->parent; child = child->parent) {
     --child->parent->count[SlotOf(child->parent, child)];
@@ -255,7 +275,7 @@ void EntryList::rebalance(Node* node) {
 
 void EntryList::clear() {
   index_.clear();
-  cached_leaf_ = nullptr;
+  path_length_ = 0;
   if (root_) DeleteTree(root_);
   root_ = nullptr;
   size_ = 0;

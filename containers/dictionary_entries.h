@@ -15,6 +15,7 @@
 #include <cstddef>
 #include <functional>
 #include <unordered_map>
+#include <utility>
 
 #include "tsruntime/automation/variant.h"
 
@@ -44,6 +45,9 @@ class EntryList {
 
   // The entry at zero-based position `pos`, which must be below size().
   Entry& at(size_t pos) const;
+  // Its key. The leaves keep a view of every key beside the entry, so a binary search
+  // over keys does not have to fetch the entries it passes.
+  StringView keyAt(size_t pos) const;
 
   // The entry whose key folds to `folded` (see FoldCase), or null.
   Entry* find(StringView folded) const;
@@ -61,6 +65,8 @@ class EntryList {
   void forEach(const std::function<void(const Entry&)>& visit) const;
 
  private:
+  // The leaf holding position `pos` and the position's slot in it.
+  std::pair<const Leaf*, int> locate(size_t pos) const;
   void splitLeaf(Leaf* leaf);
   void splitInner(Inner* inner);
   void linkAfter(Node* left, Node* right, size_t left_count, size_t right_count);
@@ -69,9 +75,18 @@ class EntryList {
   Node* root_ = nullptr;
   size_t size_ = 0;
   std::unordered_map<StringView, Entry*> index_;
-  // The leaf the last read reached and the position of its first entry.
-  mutable const Leaf* cached_leaf_ = nullptr;
-  mutable size_t cached_start_ = 0;
+  // The path the last read took, root first: each node with the position of its
+  // first entry and its number of entries. The next read climbs only as far as the
+  // first node that holds its position, so nearby reads skip most of the descent.
+  // Empty after any change.
+  struct Step {
+    const Node* node;
+    size_t start;
+    size_t count;
+  };
+  static constexpr int kMaxHeight = 32;  // nodes hold at least 32 children, so never reached
+  mutable Step path_[kMaxHeight];
+  mutable int path_length_ = 0;
 };
 
 }  // namespace tsruntime::dictionary_detail
