@@ -317,7 +317,7 @@ TEST(DictionaryModel, LargeDictionariesGrowingAndShrinkingMatchTheModel) {
     m.sort = sort;
     m.compare = static_cast<int32_t>(seed % 2);
     const std::string where = "seed " + std::to_string(seed);
-    while (m.Count() < 6000) {
+    while (m.Count() < 4500) {
       const Variant k(draw.KeyText());
       const Variant v = draw.Value();
       d->Add(k, v);
