@@ -71,28 +71,29 @@ void DeleteNode(Node* node) {
   }
 }
 
+// Moves elements [from, from + k) of an array holding `src_n` to position `at` of
+// one holding `dst_n`.
+template <class T>
+void MoveRun(T* src, int src_n, int from, int k, T* dst, int dst_n, int at) {
+  std::move_backward(dst + at, dst + dst_n, dst + dst_n + k);
+  std::copy(src + from, src + from + k, dst + at);
+  std::move(src + from + k, src + src_n, src + from);
+}
+
 // Moves slots [from, from + k) of `src` to position `at` of `dst`, keeping the back
 // pointers of whatever moves (an entry's leaf, a child's parent) right.
 void MoveSlots(Node* src, int from, int k, Node* dst, int at) {
   if (src->leaf) {
     Leaf* s = AsLeaf(src);
     Leaf* d = AsLeaf(dst);
-    std::move_backward(d->slot + at, d->slot + d->n, d->slot + d->n + k);
-    std::move_backward(d->key + at, d->key + d->n, d->key + d->n + k);
-    std::copy(s->slot + from, s->slot + from + k, d->slot + at);
-    std::copy(s->key + from, s->key + from + k, d->key + at);
-    std::move(s->slot + from + k, s->slot + s->n, s->slot + from);
-    std::move(s->key + from + k, s->key + s->n, s->key + from);
+    MoveRun(s->slot, s->n, from, k, d->slot, d->n, at);
+    MoveRun(s->key, s->n, from, k, d->key, d->n, at);
     for (int i = at; i < at + k; ++i) d->slot[i]->leaf = d;
   } else {
     Inner* s = AsInner(src);
     Inner* d = AsInner(dst);
-    std::move_backward(d->kid + at, d->kid + d->n, d->kid + d->n + k);
-    std::move_backward(d->count + at, d->count + d->n, d->count + d->n + k);
-    std::copy(s->kid + from, s->kid + from + k, d->kid + at);
-    std::copy(s->count + from, s->count + from + k, d->count + at);
-    std::move(s->kid + from + k, s->kid + s->n, s->kid + from);
-    std::move(s->count + from + k, s->count + s->n, s->count + from);
+    MoveRun(s->kid, s->n, from, k, d->kid, d->n, at);
+    MoveRun(s->count, s->n, from, k, d->count, d->n, at);
     for (int i = at; i < at + k; ++i) d->kid[i]->parent = d;
   }
   src->n -= k;

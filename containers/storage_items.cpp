@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <iterator>
 #include <optional>
 
 #include "tsruntime/automation/codepage.h"
@@ -9,19 +11,22 @@ namespace {
 
 constexpr VarType kByteArray = ArrayOf(VarType::kByte);
 
+// The types kept as number text and read back as the same type.
+bool IsNumberType(int32_t type) {
+  static constexpr VarType kNumbers[] = {VarType::kInteger,  VarType::kLong,
+                                         VarType::kSingle,   VarType::kDouble,
+                                         VarType::kCurrency, VarType::kDecimal,
+                                         VarType::kByte};
+  return std::any_of(std::begin(kNumbers), std::end(kNumbers),
+                     [type](VarType t) { return TypeCode(t) == type; });
+}
+
 // The text a value is kept as, or nothing for a type the list refuses.
 std::optional<String> TextOf(const Variant& value) {
+  if (IsNumberType(TypeCode(value.type()))) return ToString(value);
   switch (value.type()) {
     case VarType::kNull:
       return String();
-    case VarType::kInteger:
-    case VarType::kLong:
-    case VarType::kSingle:
-    case VarType::kDouble:
-    case VarType::kCurrency:
-    case VarType::kDecimal:
-    case VarType::kByte:
-      return ToString(value);
     case VarType::kDate: {
       // Years 100 to 9999, the only dates the runtime can build or read back.
       const double d = value.asDate().value;
@@ -40,21 +45,6 @@ std::optional<String> TextOf(const Variant& value) {
   const SafeArray& bytes = value.asArray();
   if (bytes.ubound(1) < 0) return String();  // raises for a never-dimensioned array
   return AnsiToString(bytes.bytes());
-}
-
-bool ReadsBackAsNumber(int32_t type) {
-  switch (static_cast<VarType>(type)) {
-    case VarType::kInteger:
-    case VarType::kLong:
-    case VarType::kSingle:
-    case VarType::kDouble:
-    case VarType::kCurrency:
-    case VarType::kDecimal:
-    case VarType::kByte:
-      return true;
-    default:
-      return false;
-  }
 }
 
 [[noreturn]] void RaiseItem(xeZK_ERROR_CODES code, String description) {
@@ -90,9 +80,10 @@ Variant clsZKStorageItems::Item(int32_t index) const {
   }
   const int32_t type = types_[static_cast<size_t>(index)];
   const String& text = texts_[static_cast<size_t>(index)];
-  if (ReadsBackAsNumber(type)) return ChangeType(Variant(text), static_cast<VarType>(type));
+  if (IsNumberType(type)) return ChangeType(Variant(text), static_cast<VarType>(type));
   if (type == TypeCode(kByteArray)) return Variant(SafeArray::FromBytes(StringToAnsi(text)));
-  switch (static_cast<VarType>(type)) {
+  // A code outside the 16 bits of a type must not wrap into a readable one.
+  switch (type >= 0 && type <= 0xFFFF ? static_cast<VarType>(type) : VarType::kEmpty) {
     case VarType::kNull:
       return Variant::Null();
     case VarType::kDate:

@@ -2,18 +2,14 @@
 // the class as late-bound hosts reach it.
 #include <gtest/gtest.h>
 
+#include "containers/support.h"
 #include "tsruntime/clsZKDictionary.h"
 
 namespace tsruntime {
 namespace {
 
-Variant I(int32_t i) { return Variant(i); }
-
-Variant Call(Object& o, StringView member, InvokeKind kind, std::vector<Variant> values) {
-  std::vector<Argument> args;
-  for (Variant& v : values) args.push_back({{}, std::move(v)});
-  return Invoke(o, member, kind, args);
-}
+using container_tests::I;
+constexpr auto Call = container_tests::CallByName;
 
 // A dictionary holding a, b, c with values 1, 2, 3, and every OnChanged it raises.
 struct Watched {

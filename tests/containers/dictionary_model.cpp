@@ -8,10 +8,13 @@
 
 #include "tsruntime/automation/compare.h"
 #include "tsruntime/automation/locale.h"
+#include "containers/support.h"
 #include "tsruntime/clsZKDictionary.h"
 
 namespace tsruntime {
 namespace {
+
+using container_tests::ErrorNumberOf;
 
 class ListModel {
  public:
@@ -231,15 +234,6 @@ void ExpectSameState(const clsZKDictionary& d, const ListModel& m, const std::st
   }
 }
 
-int Outcome(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
-}
-
 // Runs `steps` random operations on both; `grow` biases towards adding.
 void RunSequence(uint32_t seed, int steps, int key_length, int grow) {
   Draw draw(seed, key_length);
@@ -264,7 +258,8 @@ void RunSequence(uint32_t seed, int steps, int key_length, int grow) {
     } else if (op < grow + 24) {
       const Variant item = draw.Item(m.Count());
       const Variant v = draw.Value();
-      ASSERT_EQ(Outcome([&] { d->LetData(item, v); }), Outcome([&] { m.LetData(item, v); }))
+      ASSERT_EQ(ErrorNumberOf([&] { d->LetData(item, v); }),
+                ErrorNumberOf([&] { m.LetData(item, v); }))
           << where << ": Data let";
     } else if (op < grow + 36) {
       const Variant item = draw.Item(m.Count());

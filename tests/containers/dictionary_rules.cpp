@@ -2,12 +2,14 @@
 #include <gtest/gtest.h>
 
 #include "tsruntime/automation/locale.h"
+#include "containers/support.h"
 #include "tsruntime/clsZKDictionary.h"
 
 namespace tsruntime {
 namespace {
 
-Variant I(int32_t i) { return Variant(i); }
+using container_tests::ErrorNumberOf;
+using container_tests::I;
 
 std::vector<String> KeysOf(const clsZKDictionary& d) {
   std::vector<String> keys;
@@ -29,15 +31,6 @@ Ref<clsZKDictionary> Filled(std::initializer_list<const char16_t*> keys, int32_t
   int32_t value = 0;
   for (const char16_t* k : keys) d->Add(Variant(k), I(++value));
   return d;
-}
-
-int ErrorNumberOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
 }
 
 TEST(DictionaryOrder, EntriesLandWhereTheModesSay) {

@@ -5,12 +5,13 @@
 
 #include "tsruntime/automation/codepage.h"
 #include "tsruntime/automation/locale.h"
+#include "containers/support.h"
 #include "tsruntime/clsZKStorage.h"
 
 namespace tsruntime {
 namespace {
 
-Variant I(int32_t i) { return Variant(i); }
+using container_tests::I;
 
 Date At(int y, int mo, int d, int h = 0, int mi = 0, int s = 0) {
   return Date::FromParts({y, mo, d, h, mi, s});

@@ -2,10 +2,13 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
+#include "containers/support.h"
 #include "tsruntime/clsZKStorage.h"
 
 namespace tsruntime {
 namespace {
+
+using container_tests::ErrorNumberOf;
 
 Ref<clsZKStorage> Node(const char16_t* name, int32_t items = 0) {
   auto n = New<clsZKStorage>();
@@ -16,15 +19,6 @@ Ref<clsZKStorage> Node(const char16_t* name, int32_t items = 0) {
 
 bool IsEmptied(const clsZKStorage& n) {
   return n.Name().empty() && n.Items()->Count() == 0 && n.Nodes()->Count() == 0;
-}
-
-int ErrorNumberOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
 }
 
 TEST(StorageNode, StartsEmptyWithItsOwnLists) {
@@ -243,11 +237,7 @@ TEST(StorageNodes, EnumeratesChildrenInOrder) {
 }
 
 TEST(StorageLateBound, HostsBuildATreeByName) {
-  auto call = [](Object& o, StringView member, InvokeKind kind, std::vector<Variant> values) {
-    std::vector<Argument> args;
-    for (Variant& v : values) args.push_back({{}, std::move(v)});
-    return Invoke(o, member, kind, args);
-  };
+  constexpr auto call = container_tests::CallByName;
   Ref<Object> root = CreateObject(u"TSRuntimeLib.clsZKStorage");
   Ref<Object> child = CreateObject(u"clsZKStorage");
   call(*root, u"Name", InvokeKind::kLet, {Variant(u"root")});
