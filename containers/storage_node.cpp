@@ -6,6 +6,8 @@ clsZKStorage::clsZKStorage()
     : nodes_(New<clsZKStorageNodes>()), items_(New<clsZKStorageItems>()) {}
 
 void clsZKStorage::Clear() {
+  Ref<clsZKStorage> keep_alive;  // a cycle through this node may hold its last reference
+  if (RefCount() > 0) keep_alive = Ref<clsZKStorage>(this);
   name_.clear();
   if (nodes_) nodes_->Clear();
   if (items_) items_->Clear();
