@@ -32,12 +32,6 @@ icu::Collator& TextCollator() {
   return *it->second;
 }
 
-String Folded(StringView s) {
-  String out(s);
-  for (char16_t& c : out) c = TextFold(c);
-  return out;
-}
-
 int Sign(int x) { return (x > 0) - (x < 0); }
 
 bool IsNumberLike(const Variant& v) {
@@ -68,6 +62,12 @@ char16_t TextFold(char16_t c) {
   return f < 0x10000 ? static_cast<char16_t>(f) : c;
 }
 
+String FoldCase(StringView text) {
+  String out(text);
+  for (char16_t& c : out) c = TextFold(c);
+  return out;
+}
+
 int CompareStrings(StringView a, StringView b, int32_t mode) {
   if (mode == vbBinaryCompare) return Sign(a.compare(b));
   UErrorCode status = U_ZERO_ERROR;
@@ -84,7 +84,7 @@ int64_t FindString(StringView text, StringView what, int64_t start, int32_t mode
   if (mode == vbBinaryCompare) {
     pos = text.find(what, static_cast<size_t>(start - 1));
   } else {
-    pos = Folded(text).find(Folded(what), static_cast<size_t>(start - 1));
+    pos = FoldCase(text).find(FoldCase(what), static_cast<size_t>(start - 1));
   }
   return pos == StringView::npos ? 0 : static_cast<int64_t>(pos) + 1;
 }

@@ -212,6 +212,14 @@ Currency ToCurrency(const Variant& v) {
       }
       return Currency::FromDouble(d.ToDouble());
     }
+    case VarType::kString:
+      // Plain digits with up to four decimals are read exactly, as the runtime does;
+      // a double would lose the last digits of large amounts.
+      try {
+        return ToCurrency(Variant(ToDecimal(v)));
+      } catch (const Error&) {
+        return Currency::FromDouble(ToDouble(v));
+      }
     default:
       return Currency::FromDouble(ToDouble(v));
   }

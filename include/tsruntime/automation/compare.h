@@ -21,6 +21,11 @@ enum CompareMethod : int32_t {
 // -1, 0 or +1, as `StrComp` gives.
 int CompareStrings(StringView a, StringView b, int32_t mode);
 
+// Simple case folding, `TextFold` applied to each code unit: the result has the length
+// of `text`, and two strings that differ only in letter case fold to the same string.
+// Suits hash keys for case-blind lookup.
+String FoldCase(StringView text);
+
 // First position (1-based) of `what` in `text` at or after `start` under `mode`, or 0;
 // an empty `what` is found at `start` when `start` <= length + 1, as `InStr` does.
 int64_t FindString(StringView text, StringView what, int64_t start, int32_t mode);

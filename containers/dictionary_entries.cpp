@@ -1,0 +1,300 @@
+#include "dictionary_entries.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace tsruntime::dictionary_detail {
+
+namespace {
+
+// Slots per node. A node holds one slot more while it waits to be split.
+constexpr int kCapacity = 64;
+// A node other than the root that falls below this borrows from or merges with a
+// neighbour, which keeps the tree's height logarithmic in its size.
+constexpr int kMinimum = kCapacity / 2;
+
+}  // namespace
+
+struct Node {
+  explicit Node(bool is_leaf) : leaf(is_leaf) {}
+  Inner* parent = nullptr;
+  int n = 0;  // slots in use
+  const bool leaf;
+};
+
+struct Leaf : Node {
+  Leaf() : Node(true) {}
+  Entry* slot[kCapacity + 1];
+  StringView key[kCapacity + 1];  // slot[i]->key
+};
+
+struct Inner : Node {
+  Inner() : Node(false) {}
+  Node* kid[kCapacity + 1];
+  size_t count[kCapacity + 1];  // entries under each child
+};
+
+namespace {
+
+Leaf* AsLeaf(Node* n) { return static_cast<Leaf*>(n); }
+Inner* AsInner(Node* n) { return static_cast<Inner*>(n); }
+
+int SlotOf(const Inner* parent, const Node* child) {
+  return static_cast<int>(std::find(parent->kid, parent->kid + parent->n, child) - parent->kid);
+}
+
+size_t CountUnder(const Node* node) {
+  if (node->leaf) return static_cast<size_t>(node->n);
+  const Inner* in = static_cast<const Inner*>(node);
+  size_t total = 0;
+  for (int i = 0; i < in->n; ++i) total += in->count[i];
+  return total;
+}
+
+void DeleteTree(Node* node) {
+  if (node->leaf) {
+    Leaf* leaf = AsLeaf(node);
+    for (int i = 0; i < leaf->n; ++i) delete leaf->slot[i];
+    delete leaf;
+    return;
+  }
+  Inner* in = AsInner(node);
+  for (int i = 0; i < in->n; ++i) DeleteTree(in->kid[i]);
+  delete in;
+}
+
+void DeleteNode(Node* node) {
+  if (node->leaf) {
+    delete AsLeaf(node);
+  } else {
+    delete AsInner(node);
+  }
+}
+
+// Moves elements [from, from + k) of an array holding `src_n` to position `at` of
+// one holding `dst_n`.
+template <class T>
+void MoveRun(T* src, int src_n, int from, int k, T* dst, int dst_n, int at) {
+  std::move_backward(dst + at, dst + dst_n, dst + dst_n + k);
+  std::copy(src + from, src + from + k, dst + at);
+  std::move(src + from + k, src + src_n, src + from);
+}
+
+// Moves slots [from, from + k) of `src` to position `at` of `dst`, keeping the back
+// pointers of whatever moves (an entry's leaf, a child's parent) right.
+void MoveSlots(Node* src, int from, int k, Node* dst, int at) {
+  if (src->leaf) {
+    Leaf* s = AsLeaf(src);
+    Leaf* d = AsLeaf(dst);
+    MoveRun(s->slot, s->n, from, k, d->slot, d->n, at);
+    MoveRun(s->key, s->n, from, k, d->key, d->n, at);
+    for (int i = at; i < at + k; ++i) d->slot[i]->leaf = d;
+  } else {
+    Inner* s = AsInner(src);
+    Inner* d = AsInner(dst);
+    MoveRun(s->kid, s->n, from, k, d->kid, d->n, at);
+    MoveRun(s->count, s->n, from, k, d->count, d->n, at);
+    for (int i = at; i < at + k; ++i) d->kid[i]->parent = d;
+  }
+  src->n -= k;
+  dst->n += k;
+}
+
+// The number of entries in slot `i` of `node`: one for a leaf, the child's count for
+// an inner node.
+size_t SlotWeight(const Node* node, int i) {
+  return node->leaf ? 1 : static_cast<const Inner*>(node)->count[i];
+}
+
+}  // namespace
+
+EntryList::~EntryList() { clear(); }
+
+std::pair<const Leaf*, int> EntryList::locate(size_t pos) const {
+  int level = path_length_ - 1;
+  while (level >= 0 && pos - path_[level].start >= path_[level].count) --level;
+  if (level < 0) {
+    path_[0] = {root_, 0, size_};
+    level = 0;
+  }
+  const Node* node = path_[level].node;
+  size_t start = path_[level].start;
+  while (!node->leaf) {
+    const Inner* in = static_cast<const Inner*>(node);
+    int i = 0;
+    while (pos - start >= in->count[i]) start += in->count[i++];
+    node = in->kid[i];
+    path_[++level] = {node, start, in->count[i]};
+  }
+  path_length_ = level + 1;
+  return {static_cast<const Leaf*>(node), static_cast<int>(pos - start)};
+}
+
+Entry& EntryList::at(size_t pos) const {
+  const auto [leaf, i] = locate(pos);
+  return *leaf->slot[i];
+}
+
+StringView EntryList::keyAt(size_t pos) const {
+  const auto [leaf, i] = locate(pos);
+  return leaf->key[i];
+}
+
+Entry* EntryList::find(StringView folded) const {
+  auto it = index_.find(folded);
+  return it == index_.end() ? nullptr : it->second;
+}
+
+Entry& EntryList::insert(size_t pos, String key, String folded, Variant value) {
+  auto owned = std::make_unique<Entry>();
+  owned->key = std::move(key);
+  owned->value = std::move(value);
+  if (folded != owned->key) owned->folded = std::move(folded);
+  index_.emplace(owned->foldedKey(), owned.get());
+  path_length_ = 0;
+  if (!root_) root_ = new Leaf;
+
+  Node* node = root_;
+  while (!node->leaf) {
+    Inner* in = AsInner(node);
+    int i = 0;
+    while (i < in->n - 1 && pos > in->count[i]) pos -= in->count[i++];
+    ++in->count[i];
+    node = in->kid[i];
+  }
+  Leaf* leaf = AsLeaf(node);
+  const int at = static_cast<int>(pos);
+  std::move_backward(leaf->slot + at, leaf->slot + leaf->n, leaf->slot + leaf->n + 1);
+  std::move_backward(leaf->key + at, leaf->key + leaf->n, leaf->key + leaf->n + 1);
+  Entry* entry = owned.release();
+  leaf->slot[at] = entry;
+  leaf->key[at] = entry->key;
+  entry->leaf = leaf;
+  ++leaf->n;
+  ++size_;
+  if (leaf->n > kCapacity) splitLeaf(leaf);
+  return *entry;
+}
+
+void EntryList::splitLeaf(Leaf* leaf) {
+  Leaf* right = new Leaf;
+  const int keep = leaf->n / 2;
+  MoveSlots(leaf, keep, leaf->n - keep, right, 0);
+  linkAfter(leaf, right, static_cast<size_t>(leaf->n), static_cast<size_t>(right->n));
+}
+
+void EntryList::splitInner(Inner* inner) {
+  Inner* right = new Inner;
+  const int keep = inner->n / 2;
+  MoveSlots(inner, keep, inner->n - keep, right, 0);
+  linkAfter(inner, right, CountUnder(inner), CountUnder(right));
+}
+
+// Puts `right` just after `left` under `left`'s parent (a new root when `left` was
+// the root), splitting the parent in turn when it overflows.
+void EntryList::linkAfter(Node* left, Node* right, size_t left_count, size_t right_count) {
+  Inner* parent = left->parent;
+  if (!parent) {
+    parent = new Inner;
+    parent->kid[0] = left;
+    parent->n = 1;
+    left->parent = parent;
+    root_ = parent;
+  }
+  const int j = SlotOf(parent, left);
+  std::move_backward(parent->kid + j + 1, parent->kid + parent->n, parent->kid + parent->n + 1);
+  std::move_backward(parent->count + j + 1, parent->count + parent->n,
+                     parent->count + parent->n + 1);
+  parent->kid[j + 1] = right;
+  parent->count[j] = left_count;
+  parent->count[j + 1] = right_count;
+  right->parent = parent;
+  ++parent->n;
+  if (parent->n > kCapacity) splitInner(parent);
+}
+
+void EntryList::erase(Entry& entry) {
+  index_.erase(entry.foldedKey());
+  path_length_ = 0;
+  Leaf* leaf = entry.leaf;
+  const auto i = std::find(leaf->slot, leaf->slot + leaf->n, &entry) - leaf->slot;
+  std::move(leaf->slot + i + 1, leaf->slot + leaf->n, leaf->slot + i);
+  std::move(leaf->key + i + 1, leaf->key + leaf->n, leaf->key + i);
+  --leaf->n;
+  for (Node* child = leaf; child->parent; child = child->parent) {
+    --child->parent->count[SlotOf(child->parent, child)];
+  }
+  delete &entry;
+  --size_;
+  rebalance(leaf);
+}
+
+void EntryList::rebalance(Node* node) {
+  while (node != root_ && node->n < kMinimum) {
+    Inner* parent = node->parent;
+    const int j = SlotOf(parent, node);
+    // Work on a pair of neighbours: the node and the one to its left, or to its
+    // right when it is the first child.
+    const int l = j > 0 ? j - 1 : 0;
+    Node* left = parent->kid[l];
+    Node* right = parent->kid[l + 1];
+    if (left->n + right->n <= kCapacity) {
+      MoveSlots(right, 0, right->n, left, left->n);
+      parent->count[l] += parent->count[l + 1];
+      std::move(parent->kid + l + 2, parent->kid + parent->n, parent->kid + l + 1);
+      std::move(parent->count + l + 2, parent->count + parent->n, parent->count + l + 1);
+      --parent->n;
+      DeleteNode(right);
+      node = parent;
+      continue;
+    }
+    // The neighbour has plenty: take one slot from it.
+    if (node == right) {
+      const size_t w = SlotWeight(left, left->n - 1);
+      MoveSlots(left, left->n - 1, 1, right, 0);
+      parent->count[l] -= w;
+      parent->count[l + 1] += w;
+    } else {
+      const size_t w = SlotWeight(right, 0);
+      MoveSlots(right, 0, 1, left, left->n);
+      parent->count[l] += w;
+      parent->count[l + 1] -= w;
+    }
+    break;
+  }
+  while (root_ && !root_->leaf && root_->n == 1) {
+    Inner* old = AsInner(root_);
+    root_ = old->kid[0];
+    root_->parent = nullptr;
+    delete old;
+  }
+  if (root_ && root_->leaf && root_->n == 0) {
+    delete AsLeaf(root_);
+    root_ = nullptr;
+  }
+}
+
+void EntryList::clear() {
+  index_.clear();
+  path_length_ = 0;
+  if (root_) DeleteTree(root_);
+  root_ = nullptr;
+  size_ = 0;
+}
+
+void EntryList::forEach(const std::function<void(const Entry&)>& visit) const {
+  if (!root_) return;
+  // Depth-first, left to right; the tree is only a few levels deep.
+  std::function<void(const Node*)> walk = [&](const Node* node) {
+    if (node->leaf) {
+      const Leaf* leaf = static_cast<const Leaf*>(node);
+      for (int i = 0; i < leaf->n; ++i) visit(*leaf->slot[i]);
+      return;
+    }
+    const Inner* in = static_cast<const Inner*>(node);
+    for (int i = 0; i < in->n; ++i) walk(in->kid[i]);
+  };
+  walk(root_);
+}
+
+}  // namespace tsruntime::dictionary_detail

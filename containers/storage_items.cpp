@@ -1,0 +1,121 @@
+#include <algorithm>
+#include <iterator>
+#include <optional>
+
+#include "tsruntime/automation/codepage.h"
+#include "tsruntime/clsZKStorage.h"
+
+namespace tsruntime {
+
+namespace {
+
+constexpr VarType kByteArray = ArrayOf(VarType::kByte);
+
+// The types kept as number text and read back as the same type.
+bool IsNumberType(int32_t type) {
+  static constexpr VarType kNumbers[] = {VarType::kInteger,  VarType::kLong,
+                                         VarType::kSingle,   VarType::kDouble,
+                                         VarType::kCurrency, VarType::kDecimal,
+                                         VarType::kByte};
+  return std::any_of(std::begin(kNumbers), std::end(kNumbers),
+                     [type](VarType t) { return TypeCode(t) == type; });
+}
+
+// The text a value is kept as, or nothing for a type the list refuses.
+std::optional<String> TextOf(const Variant& value) {
+  if (IsNumberType(TypeCode(value.type()))) return ToString(value);
+  switch (value.type()) {
+    case VarType::kNull:
+      return String();
+    case VarType::kDate: {
+      // Years 100 to 9999, the only dates the runtime can build or read back.
+      const double d = value.asDate().value;
+      if (!(d >= -657434.0 && d < 2958466.0)) return std::nullopt;
+      return value.asDate().ToIsoText();
+    }
+    case VarType::kString:
+      return value.asString();
+    case VarType::kBoolean:
+      return value.asBoolean() ? String(u"1") : String();
+    default:
+      break;
+  }
+  if (!value.isArray()) return std::nullopt;
+  if (value.type() != kByteArray) return String();  // kept, but `Item` will refuse it
+  const SafeArray& bytes = value.asArray();
+  if (bytes.ubound(1) < 0) return String();  // raises for a never-dimensioned array
+  return AnsiToString(bytes.bytes());
+}
+
+[[noreturn]] void RaiseItem(xeZK_ERROR_CODES code, String description) {
+  RaiseOwn(code, "clsZKStorageItems", "Item", std::move(description));
+}
+
+}  // namespace
+
+bool clsZKStorageItems::Add(const Variant& value) {
+  try {
+    std::optional<String> text = TextOf(value);
+    if (!text) return false;
+    types_.reserve(types_.size() + 1);
+    texts_.reserve(texts_.size() + 1);
+    types_.push_back(TypeCode(value.type()));
+    texts_.push_back(std::move(*text));
+    return true;
+  } catch (const Error&) {
+    return false;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+Variant clsZKStorageItems::Item(int32_t index) const {
+  if (index < 0) {
+    RaiseItem(xcZKERR_STORAGE_NOITEMS,
+              LanguageText(u"Нет данных в хранилище", u"Storage is Empty"));
+  }
+  if (index >= Count()) {
+    RaiseItem(xcZKERR_STORAGE_INDEX,
+              LanguageText(u"Недопустимый индекс элемента", u"Index out of bounds"));
+  }
+  const int32_t type = types_[static_cast<size_t>(index)];
+  const String& text = texts_[static_cast<size_t>(index)];
+  if (IsNumberType(type)) return ChangeType(Variant(text), static_cast<VarType>(type));
+  if (type == TypeCode(kByteArray)) return Variant(SafeArray::FromBytes(StringToAnsi(text)));
+  // A code outside the 16 bits of a type must not wrap into a readable one.
+  switch (type >= 0 && type <= 0xFFFF ? static_cast<VarType>(type) : VarType::kEmpty) {
+    case VarType::kNull:
+      return Variant::Null();
+    case VarType::kDate:
+      return Variant(ToDate(Variant(text)));
+    case VarType::kString:
+      return Variant(text);
+    case VarType::kBoolean:
+      return Variant(!text.empty());
+    default:
+      break;
+  }
+  const String code = FromAscii(std::to_string(type));
+  RaiseItem(xcZKERR_STORAGE_DATATYPE,
+            LanguageText(u"Тип данных #" + code + u" не поддерживается",
+                         u"Data type #" + code + u" is not supported"));
+}
+
+void clsZKStorageItems::Clear() {
+  types_.clear();
+  texts_.clear();
+}
+
+TSRUNTIME_DEFINE_CLASS(clsZKStorageItems) {
+  static const ClassInfo info =
+      ClassBuilder<clsZKStorageItems>("clsZKStorageItems")
+          .Method("Add", &clsZKStorageItems::Add, {"value"})
+          .Get("Item", &clsZKStorageItems::Item, {"index"})
+          .Method("Clear", &clsZKStorageItems::Clear)
+          .Get("Count", &clsZKStorageItems::Count)
+          .Default("Item")
+          .Build();
+  return info;
+}
+
+}  // namespace tsruntime
