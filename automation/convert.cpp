@@ -227,8 +227,8 @@ Date ToDate(const Variant& v) {
     }
     default: d = ToDouble(v);
   }
-  // 1 January 100 to 31 December 9999.
-  if (!(d >= -657434.0 && d < 2958466.0)) Overflow();
+  // 1 January 100 to 31 December 9999; -657434.5 is noon of the first day.
+  if (!(d > -657435.0 && d < 2958466.0)) Overflow();
   return Date{d};
 }
 
