@@ -117,8 +117,9 @@ int64_t DecimalMagnitude(std::string_view s) {
 }
 
 int64_t ParseRadix(StringView digits, int radix) {
-  if (digits.empty() || digits.size() > 22) Mismatch();
+  if (digits.empty()) Mismatch();
   uint64_t v = 0;
+  bool too_big = false;  // kept apart so that a bad digit later still reads as 13
   for (char16_t c : digits) {
     int d;
     if (c >= u'0' && c <= u'9') d = c - u'0';
@@ -127,7 +128,12 @@ int64_t ParseRadix(StringView digits, int radix) {
     else Mismatch();
     if (d >= radix) Mismatch();
     v = v * radix + d;
+    if (v > 0xFFFFFFFF) {
+      too_big = true;
+      v = 0;
+    }
   }
+  if (too_big) Overflow();
   // Up to 16 bits the literal is an Integer, up to 32 a Long: &HFFFF is -1.
   if (v <= 0xFFFF) return static_cast<int16_t>(v);
   if (v <= 0xFFFFFFFF) return static_cast<int32_t>(v);
