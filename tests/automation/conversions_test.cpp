@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <latch>
 #include <limits>
+#include <thread>
 
 #include "support/outcome.h"
 #include "tsruntime/automation/convert.h"
@@ -336,6 +338,22 @@ TEST(LocaleSeparators, FollowTheThreadsLocaleAndComeBack) {
   }
   EXPECT_EQ(DecimalSeparator(), u'.');
   SetThreadLocale("");
+}
+
+TEST(LocaleSeparators, AreKeptPerThread) {
+  ScopedLocale ru("ru_RU");
+  std::latch both_set(2);
+  std::string other_text;
+  std::thread other([&] {
+    ScopedLocale en("en_US");
+    both_set.arrive_and_wait();
+    other_text = U8(ToString(Variant(1.5)));
+  });
+  both_set.arrive_and_wait();
+  const std::string own_text = U8(ToString(Variant(1.5)));
+  other.join();
+  EXPECT_EQ(own_text, "1,5");
+  EXPECT_EQ(other_text, "1.5");
 }
 
 TEST(CaseMapping, KeepsTheLengthOfTheText) {
