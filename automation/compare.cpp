@@ -37,16 +37,9 @@ icu::Collator& TextCollator() {
   return *it->second;
 }
 
-char16_t Fold(char16_t c) {
-  if (c < 0x80) return (c >= u'A' && c <= u'Z') ? c + 32 : c;
-  if (c >= 0xD800 && c <= 0xDFFF) return c;
-  const UChar32 f = u_foldCase(c, U_FOLD_CASE_DEFAULT);
-  return f < 0x10000 ? static_cast<char16_t>(f) : c;
-}
-
 String Folded(StringView s) {
   String out(s);
-  for (char16_t& c : out) c = Fold(c);
+  for (char16_t& c : out) c = TextFold(c);
   return out;
 }
 
@@ -73,6 +66,13 @@ int CompareNumbers(const Variant& a, const Variant& b) {
 
 }  // namespace
 
+char16_t TextFold(char16_t c) {
+  if (c < 0x80) return (c >= u'A' && c <= u'Z') ? c + 32 : c;
+  if (c >= 0xD800 && c <= 0xDFFF) return c;
+  const UChar32 f = u_foldCase(c, U_FOLD_CASE_DEFAULT);
+  return f < 0x10000 ? static_cast<char16_t>(f) : c;
+}
+
 int CompareStrings(StringView a, StringView b, int32_t mode) {
   if (mode == vbBinaryCompare) return Sign(a.compare(b));
   UErrorCode status = U_ZERO_ERROR;
@@ -96,8 +96,8 @@ int64_t FindString(StringView text, StringView what, int64_t start, int32_t mode
 
 bool ContainsChar(StringView set, char16_t ch, int32_t mode) {
   if (mode == vbBinaryCompare) return set.find(ch) != StringView::npos;
-  const char16_t f = Fold(ch);
-  return std::any_of(set.begin(), set.end(), [f](char16_t c) { return Fold(c) == f; });
+  const char16_t f = TextFold(ch);
+  return std::any_of(set.begin(), set.end(), [f](char16_t c) { return TextFold(c) == f; });
 }
 
 std::string TextSortKey(StringView text) {

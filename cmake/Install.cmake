@@ -18,6 +18,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tsruntimeConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/tsruntimeConfigVersion.cmake
         DESTINATION ${TSRUNTIME_CMAKE_DIR})
 
+file(RELATIVE_PATH TSRUNTIME_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/tsruntime.pc.in ${CMAKE_CURRENT_BINARY_DIR}/tsruntime.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tsruntime.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

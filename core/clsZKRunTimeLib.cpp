@@ -7,6 +7,8 @@ clsZKRunTimeLib::clsZKRunTimeLib() { SetInterfaceLanguage(xcZKLANG_RUS); }
 int32_t clsZKRunTimeLib::Language() const { return InterfaceLanguage(); }
 void clsZKRunTimeLib::LetLanguage(int32_t value) { SetInterfaceLanguage(value); }
 
+Ref<clsZKString> clsZKRunTimeLib::GetObjString() const { return New<clsZKString>(); }
+
 TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
   static const ClassInfo info =
       ClassBuilder<clsZKRunTimeLib>("clsZKRunTimeLib")
@@ -14,6 +16,7 @@ TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
           .Let("Language", &clsZKRunTimeLib::LetLanguage,
                {Typed("RHS", VarType::kLong)})
           .Get("Language", &clsZKRunTimeLib::Language)
+          .Get("GetObjString", &clsZKRunTimeLib::GetObjString)
           .Build();
   return info;
 }

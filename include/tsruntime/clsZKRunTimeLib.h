@@ -13,6 +13,7 @@
 #pragma once
 
 #include "tsruntime/automation/dispatch.h"
+#include "tsruntime/clsZKString.h"
 #include "tsruntime/errors.h"
 
 namespace tsruntime {
@@ -28,6 +29,9 @@ class clsZKRunTimeLib : public Object {
   // The thread's interface language, stored unchecked.
   int32_t Language() const;
   void LetLanguage(int32_t value);
+
+  // A new string service object on every read.
+  Ref<clsZKString> GetObjString() const;
 };
 
 }  // namespace tsruntime

@@ -29,6 +29,11 @@ int64_t FindString(StringView text, StringView what, int64_t start, int32_t mode
 // Whether `set` contains the character `ch` under `mode`.
 bool ContainsChar(StringView set, char16_t ch, int32_t mode);
 
+// A UTF-16 code unit as the text mode matches it: its simple case fold (surrogates stay
+// as they are). Text-mode `FindString` and `ContainsChar` compare code units through it,
+// so a matcher that folds both sides with it finds exactly what they find.
+char16_t TextFold(char16_t ch);
+
 // A key whose byte order is the text compare order of the thread's locale: computed
 // once per string, it lets sorts compare with memcmp instead of a locale lookup.
 std::string TextSortKey(StringView text);

@@ -1,0 +1,227 @@
+#include "commands.h"
+
+#include <algorithm>
+#include <span>
+#include <stdexcept>
+
+#include "help.h"
+#include "literal_parser.h"
+#include "literal_printer.h"
+#include "tsruntime/automation/dispatch.h"
+#include "type_listing.h"
+
+namespace tsrt {
+namespace {
+
+using tsruntime::Argument;
+using tsruntime::ClassInfo;
+using tsruntime::InvokeKind;
+using tsruntime::MemberInfo;
+using tsruntime::MemberKind;
+using tsruntime::String;
+using tsruntime::StringView;
+using tsruntime::ToUtf8;
+using tsruntime::Variant;
+
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+using Words = std::span<const std::string>;
+
+// One invocation on the object: a call, or an assignment when written "... = VALUE".
+struct Statement {
+  String member;
+  InvokeKind kind = InvokeKind::kCall;
+  std::vector<Argument> args;  // for an assignment the value comes last
+};
+
+Argument ReadArgument(const std::string& word) {
+  try {
+    return ParseArgument(word);
+  } catch (const LiteralError& e) {
+    throw UsageError("cannot read the argument " + word + ": " + e.what());
+  }
+}
+
+std::vector<Argument> ReadArguments(Words words) {
+  std::vector<Argument> args;
+  for (const std::string& w : words) args.push_back(ReadArgument(w));
+  return args;
+}
+
+Argument ReadAssignedValue(const std::string& word) {
+  Argument value = ReadArgument(word);
+  if (!value.name.empty()) throw UsageError("the assigned value cannot be a named argument");
+  return value;
+}
+
+// "MEMBER [ARG ...]" or "MEMBER [ARG ...] = VALUE".
+Statement ReadStatement(Words words) {
+  if (words.empty() || words[0] == "=") throw UsageError("a member name is missing");
+  Statement s;
+  s.member = tsruntime::FromUtf8(words[0]);
+  const auto eq = std::find(words.begin() + 1, words.end(), "=");
+  s.args = ReadArguments({words.begin() + 1, eq});
+  if (eq != words.end()) {
+    if (words.end() - eq != 2) throw UsageError("'=' takes exactly one value");
+    s.kind = InvokeKind::kLet;
+    s.args.push_back(ReadAssignedValue(*(eq + 1)));
+  }
+  return s;
+}
+
+// Statements separated by ":" words, as on one line of the host language.
+std::vector<Statement> ReadStatements(Words words) {
+  std::vector<Statement> statements;
+  auto begin = words.begin();
+  for (;;) {
+    const auto end = std::find(begin, words.end(), ":");
+    statements.push_back(ReadStatement({begin, end}));
+    if (end == words.end()) return statements;
+    begin = end + 1;
+  }
+}
+
+// The member an invocation reaches, found as Invoke finds it; its declaration gives the
+// types to print with and the names of written-back parameters.
+const MemberInfo* Target(const ClassInfo& c, StringView name, InvokeKind kind,
+                         const std::vector<Argument>& args) {
+  if (kind == InvokeKind::kCall) {
+    const MemberInfo* m = c.find(name, MemberKind::kMethod);
+    return m ? m : c.find(name, MemberKind::kPropertyGet);
+  }
+  const bool object = !args.empty() && args.back().value.isObject();
+  const MemberInfo* set = c.find(name, MemberKind::kPropertySet);
+  const MemberInfo* let = c.find(name, MemberKind::kPropertyLet);
+  if (kind == InvokeKind::kSet || object) return set ? set : let;
+  return let ? let : set;
+}
+
+// For each parameter, the argument that fills it, as Invoke binds them; -1 where the
+// caller left it out.
+std::vector<int> Origins(const MemberInfo& m, const std::vector<Argument>& args) {
+  std::vector<int> origin(m.params.size(), -1);
+  size_t position = 0;
+  for (size_t i = 0; i < args.size(); ++i) {
+    size_t k = m.params.size();
+    if (args[i].name.empty()) {
+      k = position++;
+    } else {
+      for (size_t j = 0; j < m.params.size(); ++j) {
+        if (tsruntime::EqualsAsciiNoCase(m.params[j].name, args[i].name)) k = j;
+      }
+    }
+    if (k < m.params.size() && !args[i].value.isMissing()) origin[k] = static_cast<int>(i);
+  }
+  return origin;
+}
+
+// Prints the result (nothing for a Sub or an assignment), then "Name = literal" for
+// every argument the member wrote back.
+void Execute(tsruntime::Object& object, Statement& s, std::ostream& out) {
+  const MemberInfo* m = Target(object.classInfo(), s.member, s.kind, s.args);
+  const std::vector<int> origin = m ? Origins(*m, s.args) : std::vector<int>();
+  const Variant result = tsruntime::Invoke(object, s.member, s.kind, s.args);
+  if (s.kind == InvokeKind::kCall && (!m || m->returnType != tsruntime::VarType::kEmpty)) {
+    out << PrintLiteral(result, m ? m->returnType : tsruntime::VarType::kVariant) << '\n';
+  }
+  if (!m) return;
+  for (size_t k = 0; k < m->params.size(); ++k) {
+    if (!m->params[k].writesBack || origin[k] < 0) continue;
+    out << ToUtf8(m->params[k].name) << " = "
+        << PrintLiteral(s.args[origin[k]].value, m->params[k].type) << '\n';
+  }
+}
+
+// Arguments are all read before the object exists, so a misspelt literal never
+// leaves half the statements run.
+void RunStatements(const std::string& class_name, std::vector<Statement> statements,
+                   std::ostream& out) {
+  const tsruntime::Ref<tsruntime::Object> object =
+      tsruntime::CreateObject(tsruntime::FromUtf8(class_name));
+  for (Statement& s : statements) Execute(*object, s, out);
+}
+
+void ExpectCount(Words args, size_t least, size_t most, const char* command) {
+  if (args.size() < least || args.size() > most) {
+    throw UsageError(std::string("wrong number of words after ") + command);
+  }
+}
+
+const ClassInfo& ClassNamed(const std::string& name) {
+  const ClassInfo* c = tsruntime::FindClass(tsruntime::FromUtf8(name));
+  if (!c) throw UsageError("no class named " + name + " (tsrt classes lists them)");
+  return *c;
+}
+
+void ListEnums(Words args, std::ostream& out) {
+  const auto enums = tsruntime::RegisteredEnums();
+  if (args.empty()) {
+    for (size_t i = 0; i < enums.size(); ++i) out << (i ? "\n" : "") << DescribeEnum(*enums[i]);
+    return;
+  }
+  const String name = tsruntime::FromUtf8(args[0]);
+  for (const tsruntime::EnumInfo* e : enums) {
+    if (tsruntime::EqualsAsciiNoCase(e->name, name)) {
+      out << DescribeEnum(*e);
+      return;
+    }
+  }
+  throw UsageError("no enumeration named " + args[0] + " (tsrt enums lists them)");
+}
+
+int Dispatch(const std::vector<std::string>& words, std::ostream& out) {
+  if (words.empty()) throw UsageError("no command given");
+  const std::string& command = words[0];
+  const Words args = Words(words).subspan(1);
+  if (command == "--help" || command == "-h" || command == "help") {
+    out << kHelp;
+  } else if (command == "classes") {
+    ExpectCount(args, 0, 0, "classes");
+    out << ListClasses(tsruntime::RegisteredClasses());
+  } else if (command == "members") {
+    ExpectCount(args, 1, 1, "members");
+    out << DescribeClass(ClassNamed(args[0]));
+  } else if (command == "enums") {
+    ExpectCount(args, 0, 1, "enums");
+    ListEnums(args, out);
+  } else if (command == "call") {
+    ExpectCount(args, 2, SIZE_MAX, "call");
+    RunStatements(args[0], ReadStatements(args.subspan(1)), out);
+  } else if (command == "let") {
+    ExpectCount(args, 3, SIZE_MAX, "let");
+    Statement s;
+    s.member = tsruntime::FromUtf8(args[1]);
+    s.kind = InvokeKind::kLet;
+    s.args = ReadArguments(args.subspan(2, args.size() - 3));
+    s.args.push_back(ReadAssignedValue(args.back()));
+    RunStatements(args[0], {std::move(s)}, out);
+  } else {
+    throw UsageError("unknown command " + command);
+  }
+  return kSucceeded;
+}
+
+}  // namespace
+
+int Run(const std::vector<std::string>& words, std::ostream& out, std::ostream& err) {
+  try {
+    return Dispatch(words, out);
+  } catch (const UsageError& e) {
+    out.flush();
+    err << "tsrt: " << e.what() << '\n' << kUsage;
+    return kMisused;
+  } catch (const tsruntime::Error& e) {
+    out.flush();
+    err << e.what() << '\n';
+    return kFailed;
+  } catch (const std::exception& e) {
+    out.flush();
+    err << "tsrt: " << e.what() << '\n';
+    return kFailed;
+  }
+}
+
+}  // namespace tsrt
