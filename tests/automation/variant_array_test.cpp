@@ -110,6 +110,24 @@ TEST(ArrayDimensions, EmptyListsGiveZeroToMinusOne) {
   EXPECT_EQ(bytes.type(), ArrayOf(VarType::kByte));
 }
 
+TEST(ArrayDimensions, RefuseSizesNoArrayCanHold) {
+  const Bounds all{INT32_MIN, INT32_MAX};
+  const std::tuple<const char*, std::function<void()>, int32_t> rows[] = {
+      {"2^32 elements", [&] { SafeArray(VarType::kLong, {all}); }, 7},
+      {"a product past 64 bits", [&] { SafeArray(VarType::kByte, {all, all, all}); }, 7},
+      {"strings past the top bound", [] { SafeArray::FromStrings({u"a", u"b"}, INT32_MAX); }, 6},
+      {"bytes past the top bound",
+       [] { SafeArray::FromBytes(std::vector<uint8_t>(2), INT32_MAX); }, 6},
+  };
+  for (const auto& [what, body, number] : rows) EXPECT_EQ(RaisedNumber(body), number) << what;
+
+  SafeArray list = SafeArray::FromStrings({u"kept"}, INT32_MIN);
+  EXPECT_EQ(RaisedNumber([&] { list.RedimPreserve(INT32_MAX); }), 7);
+  EXPECT_EQ(list.ubound(), INT32_MIN) << "a refused ReDim leaves the array as it was";
+  EXPECT_EQ(U8(list.get(INT32_MIN).asString()), "kept");
+  EXPECT_EQ(SafeArray::FromStrings({u"last"}, INT32_MAX).ubound(), INT32_MAX);
+}
+
 TEST(ArrayAccess, RaisesSubscriptOutOfRangeOutsideTheBounds) {
   SafeArray list(VarType::kLong, {Bounds{1, 3}});
   SafeArray table(VarType::kString, {Bounds{0, 2}, Bounds{-1, 1}});
