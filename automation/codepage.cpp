@@ -22,6 +22,8 @@ struct Table {
 };
 
 std::unique_ptr<Table> BuildTable(int code_page) {
+  // ICU reads "cp-866" as "cp866"; only positive numbers name code pages.
+  if (code_page <= 0 || code_page > 65535) return nullptr;
   UConverter* conv = nullptr;
   for (const std::string& name :
        {"windows-" + std::to_string(code_page), "cp" + std::to_string(code_page),
@@ -36,18 +38,23 @@ std::unique_ptr<Table> BuildTable(int code_page) {
     ucnv_close(conv);
     return nullptr;
   }
+  // Unassigned bytes must fail rather than come back as a substitute character.
+  UErrorCode status = U_ZERO_ERROR;
+  ucnv_setToUCallBack(conv, UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
   auto t = std::make_unique<Table>();
   t->encode.fill(-1);
   for (int b = 0; b < 256; ++b) {
-    UErrorCode status = U_ZERO_ERROR;
-    const char byte = static_cast<char>(b);
-    UChar out[4];
-    ucnv_reset(conv);
-    int32_t n = ucnv_toUChars(conv, out, 4, &byte, 1, &status);
-    // An unassigned byte still has to round-trip: carry it as the code point b.
+    // Control bytes are themselves, as on the platform the byte strings come from; ICU's
+    // IBM tables would swap 0x1A, 0x1C and 0x7F.
     char16_t c = static_cast<char16_t>(b);
-    if (U_SUCCESS(status) && n == 1 && out[0] != 0xFFFD && (out[0] != 0x1A || b == 0x1A)) {
-      c = out[0];
+    if (b >= 0x20 && b != 0x7F) {
+      status = U_ZERO_ERROR;
+      const char byte = static_cast<char>(b);
+      UChar out[4];
+      ucnv_reset(conv);
+      const int32_t n = ucnv_toUChars(conv, out, 4, &byte, 1, &status);
+      // An unassigned byte still has to round-trip: it is carried as the code point b.
+      if (U_SUCCESS(status) && n == 1 && out[0] != 0xFFFD) c = out[0];
     }
     t->decode[b] = c;
   }

@@ -27,6 +27,11 @@ icu::Collator& TextCollator() {
       c.reset(icu::Collator::createInstance(icu::Locale::getRoot(), status));
     }
     c->setStrength(icu::Collator::SECONDARY);
+    // Latin before Cyrillic whatever the locale, as hosts' sorted lists always were;
+    // ICU's Russian rules would move Cyrillic first.
+    const int32_t root_order = UCOL_REORDER_CODE_NONE;
+    status = U_ZERO_ERROR;
+    c->setReorderCodes(&root_order, 1, status);
     it = collators.emplace(name, std::move(c)).first;
   }
   return *it->second;

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 #include "tsruntime/automation/locale.h"
 
@@ -35,9 +36,90 @@ String FormatFloat(T value, int precision) {
   return Localize(std::string(buf, r.ptr));
 }
 
+bool IsBlank(char16_t c) { return c == u' ' || c == u'\t' || c == 0xA0; }
+
+StringView Trimmed(StringView s) {
+  while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
+  while (!s.empty() && IsBlank(s.back())) s.remove_suffix(1);
+  return s;
+}
+
+// The text as plain decimal digits ("-12.5"): an optional sign, digits and at most one
+// locale separator, nothing else; nullopt for any other form.
+std::optional<std::string> PlainDigits(StringView text) {
+  const StringView s = Trimmed(text);
+  const char16_t sep = DecimalSeparator();
+  std::string ascii;
+  size_t i = 0;
+  if (i < s.size() && (s[i] == u'+' || s[i] == u'-')) ascii += static_cast<char>(s[i++]);
+  bool digits = false, point = false;
+  for (; i < s.size(); ++i) {
+    if (s[i] >= u'0' && s[i] <= u'9') {
+      ascii += static_cast<char>(s[i]);
+      digits = true;
+    } else if (s[i] == sep && !point) {
+      ascii += '.';
+      point = true;
+    } else {
+      return std::nullopt;
+    }
+  }
+  if (!digits) return std::nullopt;
+  return ascii;
+}
+
+// Text to Decimal: plain digits exactly, other number forms (exponents, &H, &O) through
+// a double.
+Decimal TextToDecimal(StringView text) {
+  if (auto plain = PlainDigits(text)) {
+    if (auto d = Decimal::ParsePlain(*plain)) return *d;
+    Overflow();  // well-formed, so beyond the 96 bits
+  }
+  return Decimal::FromDouble(ParseNumber(text));
+}
+
+// Rounds to four decimals, halves to even, exactly.
+Currency DecimalToCurrency(const Decimal& d) {
+  using U128 = unsigned __int128;
+  U128 m = d.magnitude;
+  if (d.scale <= 4) {
+    for (int i = d.scale; i < 4; ++i) m *= 10;
+  } else {
+    U128 div = 1;
+    for (int i = 4; i < d.scale; ++i) div *= 10;
+    const U128 q = m / div, r = m % div, half = div / 2;
+    m = q + ((r > half || (r == half && (q & 1))) ? 1 : 0);
+  }
+  const U128 limit = static_cast<U128>(INT64_MAX) + (d.negative ? 1 : 0);
+  if (m > limit) Overflow();
+  const auto signed_m = static_cast<__int128>(m);
+  return Currency{static_cast<int64_t>(d.negative ? -signed_m : signed_m)};
+}
+
+// The power of ten of the leading digit of "[-]digits[.digits][e[-]digits]"; very
+// negative for zero.
+int64_t DecimalMagnitude(std::string_view s) {
+  const size_t e = s.find('e');
+  int64_t exponent = 0;
+  if (e != std::string_view::npos) {
+    const bool negative = e + 1 < s.size() && s[e + 1] == '-';
+    for (size_t i = e + 1; i < s.size(); ++i) {
+      if (s[i] >= '0' && s[i] <= '9') exponent = std::min<int64_t>(exponent * 10 + (s[i] - '0'), 1 << 30);
+    }
+    if (negative) exponent = -exponent;
+  }
+  const std::string_view mantissa = s.substr(0, e);
+  const size_t point = std::min(mantissa.find('.'), mantissa.size());
+  const size_t first = mantissa.find_first_of("123456789");
+  if (first == std::string_view::npos) return INT32_MIN;
+  const int64_t lead = first < point ? int64_t(point - first) - 1 : -int64_t(first - point);
+  return lead + exponent;
+}
+
 int64_t ParseRadix(StringView digits, int radix) {
-  if (digits.empty() || digits.size() > 22) Mismatch();
+  if (digits.empty()) Mismatch();
   uint64_t v = 0;
+  bool too_big = false;  // kept apart so that a bad digit later still reads as 13
   for (char16_t c : digits) {
     int d;
     if (c >= u'0' && c <= u'9') d = c - u'0';
@@ -46,7 +128,12 @@ int64_t ParseRadix(StringView digits, int radix) {
     else Mismatch();
     if (d >= radix) Mismatch();
     v = v * radix + d;
+    if (v > 0xFFFFFFFF) {
+      too_big = true;
+      v = 0;
+    }
   }
+  if (too_big) Overflow();
   // Up to 16 bits the literal is an Integer, up to 32 a Long: &HFFFF is -1.
   if (v <= 0xFFFF) return static_cast<int16_t>(v);
   if (v <= 0xFFFFFFFF) return static_cast<int32_t>(v);
@@ -104,11 +191,7 @@ String FormatCurrency(Currency value) {
 }
 
 double ParseNumber(StringView text) {
-  size_t b = 0, e = text.size();
-  auto blank = [](char16_t c) { return c == u' ' || c == u'\t' || c == 0xA0; };
-  while (b < e && blank(text[b])) ++b;
-  while (e > b && blank(text[e - 1])) --e;
-  StringView s = text.substr(b, e - b);
+  const StringView s = Trimmed(text);
   if (s.size() > 2 && s[0] == u'&' && (s[1] == u'H' || s[1] == u'h')) {
     return static_cast<double>(ParseRadix(s.substr(2), 16));
   }
@@ -152,7 +235,7 @@ double ParseNumber(StringView text) {
   auto r = std::from_chars(first, ascii.data() + ascii.size(), value);
   if (r.ec == std::errc::result_out_of_range) {
     // from_chars reports underflow as out of range too; only real overflow fails.
-    if (std::fabs(std::strtod(ascii.c_str(), nullptr)) > 1) Overflow();
+    if (DecimalMagnitude(ascii) > 0) Overflow();
     return 0.0;
   }
   if (r.ec != std::errc()) Mismatch();
@@ -201,25 +284,10 @@ Currency ToCurrency(const Variant& v) {
     case VarType::kByte:
     case VarType::kBoolean:
       return Currency::FromUnits(ToLong(v));
-    case VarType::kDecimal: {
-      Decimal d = v.asDecimal();
-      if (d.scale <= 4) {  // exact when no more than four decimals
-        unsigned __int128 m = d.magnitude;
-        for (int i = d.scale; i < 4; ++i) m *= 10;
-        if (m > static_cast<unsigned __int128>(INT64_MAX)) Overflow();
-        const auto raw = static_cast<int64_t>(m);
-        return Currency{d.negative ? -raw : raw};
-      }
-      return Currency::FromDouble(d.ToDouble());
-    }
-    case VarType::kString:
-      // Plain digits with up to four decimals are read exactly, as the runtime does;
-      // a double would lose the last digits of large amounts.
-      try {
-        return ToCurrency(Variant(ToDecimal(v)));
-      } catch (const Error&) {
-        return Currency::FromDouble(ToDouble(v));
-      }
+    case VarType::kDecimal: return DecimalToCurrency(v.asDecimal());
+    // Text is read exactly, as a decimal: "0,00015" is a half and rounds to 0,0002, and
+    // every amount ToString writes reads back unchanged.
+    case VarType::kString: return DecimalToCurrency(TextToDecimal(v.asString()));
     default:
       return Currency::FromDouble(ToDouble(v));
   }
@@ -235,8 +303,8 @@ Date ToDate(const Variant& v) {
     }
     default: d = ToDouble(v);
   }
-  // 1 January 100 to 31 December 9999.
-  if (!(d >= -657434.0 && d < 2958466.0)) Overflow();
+  // 1 January 100 to 31 December 9999; -657434.5 is noon of the first day.
+  if (!(d > -657435.0 && d < 2958466.0)) Overflow();
   return Date{d};
 }
 
@@ -254,19 +322,7 @@ Decimal ToDecimal(const Variant& v) {
       d.scale = 4;
       return Decimal::ParsePlain(d.ToPlainText()).value();  // drops trailing zeros
     }
-    case VarType::kString: {
-      // Exact for plain digits; through a double only when there is an exponent.
-      String s = v.asString();
-      const char16_t sep = DecimalSeparator();
-      std::string ascii;
-      for (char16_t c : s) {
-        if (c == sep) ascii += '.';
-        else if (c != u' ' && c < 0x80) ascii += static_cast<char>(c);
-        else Mismatch();
-      }
-      if (auto d = Decimal::ParsePlain(ascii)) return *d;
-      return Decimal::FromDouble(ParseNumber(s));
-    }
+    case VarType::kString: return TextToDecimal(v.asString());
     default: return Decimal::FromDouble(ToDouble(v));
   }
 }

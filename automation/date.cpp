@@ -99,6 +99,8 @@ Date Date::FromParts(const DateParts& p) {
 }
 
 DateParts Date::ToParts() const {
+  // 1 January 100 to 31 December 9999; a negative date keeps its time in the fraction.
+  if (!(value > -657435.0 && value < 2958466.0)) RaiseRuntime(RuntimeError::kInvalidCall);
   double whole = std::trunc(value);
   int64_t days = static_cast<int64_t>(whole);
   int64_t seconds = std::llround(std::fabs(value - whole) * 86400.0);

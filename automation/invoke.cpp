@@ -34,20 +34,39 @@ Variant Call(Object& object, const MemberInfo& m, std::vector<Argument>& args) {
   std::vector<Variant> bound(n, Variant::Missing());
   std::vector<int> origin(n, -1);
 
+  // A let or set takes the assigned value from its last positional argument, so that
+  // `obj.Tag = v` reaches the value parameter even when an optional index comes first.
+  const bool assigns =
+      m.kind == MemberKind::kPropertyLet || m.kind == MemberKind::kPropertySet;
+  size_t value_arg = args.size();
+  if (assigns && n > 0) {
+    for (size_t i = args.size(); i-- > 0;) {
+      if (args[i].name.empty()) {
+        value_arg = i;
+        break;
+      }
+    }
+  }
+  const size_t positional_params = value_arg < args.size() ? n - 1 : n;
+
   size_t position = 0;
   for (size_t i = 0; i < args.size(); ++i) {
     const Argument& a = args[i];
     size_t k;
-    if (a.name.empty()) {
-      if (position >= n) RaiseRuntime(RuntimeError::kWrongArgumentCount);
+    if (i == value_arg) {
+      k = n - 1;
+    } else if (a.name.empty()) {
+      if (position >= positional_params) RaiseRuntime(RuntimeError::kWrongArgumentCount);
       k = position++;
     } else {
       k = n;
       for (size_t j = 0; j < n; ++j) {
         if (EqualsAsciiNoCase(m.params[j].name, a.name)) k = j;
       }
-      if (k == n || origin[k] >= 0) RaiseRuntime(RuntimeError::kNamedArgumentNotFound);
+      if (k == n) RaiseRuntime(RuntimeError::kNamedArgumentNotFound);
     }
+    // The same parameter twice, by name or by a position a name already took.
+    if (origin[k] >= 0) RaiseRuntime(RuntimeError::kNamedArgumentNotFound);
     bound[k] = a.value;
     origin[k] = static_cast<int>(i);
   }
@@ -55,6 +74,7 @@ Variant Call(Object& object, const MemberInfo& m, std::vector<Argument>& args) {
     if (!bound[k].isMissing()) continue;
     if (!m.params[k].optional) RaiseRuntime(RuntimeError::kArgumentNotOptional);
     bound[k] = m.params[k].defaultValue;
+    origin[k] = -1;  // left out: there is no caller's variable to write back to
   }
 
   Variant result;

@@ -16,13 +16,38 @@ Variant ZeroOf(VarType t) {
 
 [[noreturn]] void OutOfRange() { RaiseRuntime(RuntimeError::kSubscriptOutOfRange); }
 
+// An automation array counts its elements in 32 bits.
+constexpr int64_t kMaxElements = INT32_MAX;
+
+// The element count of `dims`; out of memory (7) beyond what an array can hold, before
+// any attempt to allocate it.
+int64_t CheckedCount(const std::vector<Bounds>& dims) {
+  int64_t n = dims.empty() ? 0 : 1;
+  for (const Bounds& b : dims) {
+    if (__builtin_mul_overflow(n, b.count(), &n) || n > kMaxElements) {
+      RaiseRuntime(RuntimeError::kOutOfMemory);
+    }
+  }
+  return n;
+}
+
+// Bounds of `count` elements from `lower`; overflow (6) when the upper bound would not
+// fit.
+Bounds Span(int32_t lower, size_t count) {
+  const int64_t upper = int64_t{lower} + static_cast<int64_t>(count) - 1;
+  if (count > static_cast<size_t>(kMaxElements) || upper > INT32_MAX) {
+    RaiseRuntime(RuntimeError::kOverflow);
+  }
+  return Bounds{lower, static_cast<int32_t>(upper)};
+}
+
 }  // namespace
 
 SafeArray::SafeArray(VarType element) : element_(element) {}
 
 SafeArray::SafeArray(VarType element, std::vector<Bounds> dims)
     : element_(element), dims_(std::move(dims)) {
-  const int64_t n = size();
+  const int64_t n = CheckedCount(dims_);
   if (element_ == VarType::kByte) {
     bytes_.assign(static_cast<size_t>(n), 0);
   } else {
@@ -31,22 +56,21 @@ SafeArray::SafeArray(VarType element, std::vector<Bounds> dims)
 }
 
 SafeArray SafeArray::FromStrings(const std::vector<String>& items, int32_t lower) {
-  SafeArray a(VarType::kString,
-              {Bounds{lower, lower + static_cast<int32_t>(items.size()) - 1}});
+  SafeArray a(VarType::kString, {Span(lower, items.size())});
   for (size_t i = 0; i < items.size(); ++i) a.items_[i] = Variant(items[i]);
   return a;
 }
 
 SafeArray SafeArray::FromBytes(std::span<const uint8_t> bytes, int32_t lower) {
   SafeArray a(VarType::kByte);
-  a.dims_ = {Bounds{lower, lower + static_cast<int32_t>(bytes.size()) - 1}};
+  a.dims_ = {Span(lower, bytes.size())};
   a.bytes_.assign(bytes.begin(), bytes.end());
   return a;
 }
 
 SafeArray SafeArray::FromVariants(std::vector<Variant> items, int32_t lower) {
   SafeArray a(VarType::kVariant);
-  a.dims_ = {Bounds{lower, lower + static_cast<int32_t>(items.size()) - 1}};
+  a.dims_ = {Span(lower, items.size())};
   a.items_ = std::move(items);
   return a;
 }
@@ -127,9 +151,11 @@ const Variant& SafeArray::at(int32_t column, int32_t row) const {
 }
 
 void SafeArray::RedimPreserve(int32_t upper) {
-  if (dims_.empty()) dims_.push_back(Bounds{0, -1});
-  dims_.back().upper = upper;
-  const int64_t n = size();
+  std::vector<Bounds> dims = dims_;
+  if (dims.empty()) dims.push_back(Bounds{0, -1});
+  dims.back().upper = upper;
+  const int64_t n = CheckedCount(dims);
+  dims_ = std::move(dims);
   if (element_ == VarType::kByte) {
     bytes_.resize(static_cast<size_t>(n), 0);
   } else {

@@ -2,7 +2,8 @@
 //
 // Binary compare is ordinal by UTF-16 code unit. Text compare is case-insensitive in
 // the thread's locale (ICU collation at secondary strength: case is ignored, accents
-// are not). Database compare behaves as text compare.
+// are not; "ё" sorts with "е"). Scripts keep one order in every locale, Latin before
+// Cyrillic: "Zebra" < "арбуз". Database compare behaves as text compare.
 #pragma once
 
 #include <cstdint>

@@ -5,6 +5,9 @@
 //     Currency up to 4 decimals; very large or small values use "1E+20" notation.
 //   - Text to number accepts optional spaces, a sign, digits with the locale's decimal
 //     separator, an exponent and &H / &O prefixes; anything else is type mismatch (13).
+//     No grouping: "1 000" is 13, and so is "1.5" under a Russian locale.
+//   - Text to Currency and Decimal is exact: every amount `ToString` writes reads back
+//     unchanged, and "0,00015" rounds to 0,0002 as a true half.
 //   - Rounding to Integer, Long and Byte is half to even (2.5 -> 2, 3.5 -> 4); a value
 //     outside the target range is overflow (6).
 //   - Boolean True is -1 as a number and "True" as text; text "True"/"False" (any case)

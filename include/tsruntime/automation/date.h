@@ -22,7 +22,8 @@ struct Date {
   // Builds a date from calendar parts; raises invalid call (5) outside years 100-9999
   // or for parts out of range. Seconds are whole.
   static Date FromParts(const DateParts& parts);
-  // Calendar parts, the time rounded to the nearest second.
+  // Calendar parts, the time rounded to the nearest second; raises invalid call (5) for
+  // a value outside years 100-9999 (or NaN), which no calendar date stands for.
   DateParts ToParts() const;
 
   // "yyyy-mm-dd hh:nn:ss" always in full: the form the storage writes.

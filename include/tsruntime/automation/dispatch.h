@@ -105,15 +105,17 @@ struct Argument {
   Variant value;
 };
 
-// Invokes `member` on `object`. Positional arguments come first and fill parameters
-// in order; named ones go to the parameter of that name (any case). A missing optional
-// argument takes its default; a Missing value counts as left out. For a let or set the
-// assigned value is the last positional argument.
+// Invokes `member` on `object`. Positional arguments fill parameters in order; named
+// ones go to the parameter of that name (any case). A missing optional argument takes
+// its default; a Missing value counts as left out. For a let or set the assigned value
+// is the last positional argument and goes to the last parameter, the others fill the
+// index parameters before it.
 //
-// Arguments the member writes back are stored into `args`. Errors: not supported
-// (438) for an unknown member, named argument not found (448), argument not optional
-// (449), wrong number of arguments (450), and the conversion errors of convert.h
-// (13, 6, 94) for an argument that cannot take its declared type.
+// Arguments the member writes back are stored into `args` (not those left out, and
+// nothing when the call fails). Errors: not supported (438) for an unknown member,
+// named argument not found (448) for an unknown name or a parameter given twice,
+// argument not optional (449), wrong number of arguments (450), and the conversion
+// errors of convert.h (13, 6, 94) for an argument that cannot take its declared type.
 Variant Invoke(Object& object, StringView member, InvokeKind kind,
                std::vector<Argument>& args);
 

@@ -30,7 +30,8 @@ class SafeArray {
   // A never-dimensioned array of `element` (Variant by default).
   explicit SafeArray(VarType element = VarType::kVariant);
   // A dimensioned array; every element starts as its type's zero value ("" for
-  // strings, Empty for variants, 0 for numbers).
+  // strings, Empty for variants, 0 for numbers). Out of memory (7) past 2^31 - 1
+  // elements, before anything is allocated.
   SafeArray(VarType element, std::vector<Bounds> dims);
 
   // One-dimensional array holding `items`, lower bound `lower`.
@@ -69,7 +70,8 @@ class SafeArray {
   const std::vector<uint8_t>& bytes() const { return bytes_; }
 
   // `ReDim Preserve` of the last dimension to a new upper bound (the lower bound
-  // stays); dimensions an undimensioned array as 0 to `upper`.
+  // stays); dimensions an undimensioned array as 0 to `upper`. Out of memory (7), with
+  // the array unchanged, past 2^31 - 1 elements.
   void RedimPreserve(int32_t upper);
 
   // The elements of a one-dimensional string array, converted to String.

@@ -69,6 +69,17 @@ inline constexpr int32_t kMissingScode = static_cast<int32_t>(0x80020004);
 class Variant {
  public:
   Variant() = default;  // Empty
+  Variant(const Variant&) = default;
+  Variant& operator=(const Variant&) = default;
+  // A Variant moved from is Empty (an array's storage went with the move).
+  Variant(Variant&& o) noexcept : v_(std::move(o.v_)) { o.v_.emplace<std::monostate>(); }
+  Variant& operator=(Variant&& o) noexcept {
+    if (this != &o) {
+      v_ = std::move(o.v_);
+      o.v_.emplace<std::monostate>();
+    }
+    return *this;
+  }
   Variant(NullValue) : v_(NullValue{}) {}
   Variant(int16_t x) : v_(x) {}
   Variant(int32_t x) : v_(x) {}
