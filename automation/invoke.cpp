@@ -5,10 +5,9 @@
 #include "tsruntime/automation/dispatch.h"
 
 namespace tsruntime {
-namespace {
 
-const MemberInfo* Resolve(const ClassInfo& c, StringView name, InvokeKind kind,
-                          const std::vector<Argument>& args) {
+const MemberInfo* ResolveMember(const ClassInfo& c, StringView name, InvokeKind kind,
+                                const std::vector<Argument>& args) {
   switch (kind) {
     case InvokeKind::kCall: {
       const MemberInfo* m = c.find(name, MemberKind::kMethod);
@@ -29,7 +28,9 @@ const MemberInfo* Resolve(const ClassInfo& c, StringView name, InvokeKind kind,
   return nullptr;
 }
 
-Variant Call(Object& object, const MemberInfo& m, std::vector<Argument>& args) {
+namespace {
+
+Invocation Call(Object& object, const MemberInfo& m, std::vector<Argument>& args) {
   const size_t n = m.params.size();
   std::vector<Variant> bound(n, Variant::Missing());
   std::vector<int> origin(n, -1);
@@ -77,29 +78,35 @@ Variant Call(Object& object, const MemberInfo& m, std::vector<Argument>& args) {
     origin[k] = -1;  // left out: there is no caller's variable to write back to
   }
 
-  Variant result;
+  Invocation done{&m, Variant(), {}, std::move(origin)};
   try {
-    result = m.call(object, bound);
+    done.result = m.call(object, bound);
   } catch (const std::bad_alloc&) {
     RaiseRuntime(RuntimeError::kOutOfMemory);
   } catch (const std::length_error&) {
     RaiseRuntime(RuntimeError::kOutOfMemory);
   }
   for (size_t k = 0; k < n; ++k) {
-    if (m.params[k].writesBack && origin[k] >= 0) args[origin[k]].value = std::move(bound[k]);
+    if (m.params[k].writesBack && done.origin[k] >= 0) args[done.origin[k]].value = bound[k];
   }
-  return result;
+  done.params = std::move(bound);
+  return done;
 }
 
 }  // namespace
 
-Variant Invoke(Object& object, StringView member, InvokeKind kind,
-               std::vector<Argument>& args) {
-  const MemberInfo* m = Resolve(object.classInfo(), member, kind, args);
+Invocation InvokeMember(Object& object, StringView member, InvokeKind kind,
+                        std::vector<Argument>& args) {
+  const MemberInfo* m = ResolveMember(object.classInfo(), member, kind, args);
   if (!m) RaiseRuntime(RuntimeError::kNotSupported);
   Ref<Object> keep_alive;  // the call may release the caller's last reference
   if (object.RefCount() > 0) keep_alive = Ref<Object>(&object);
   return Call(object, *m, args);
+}
+
+Variant Invoke(Object& object, StringView member, InvokeKind kind,
+               std::vector<Argument>& args) {
+  return InvokeMember(object, member, kind, args).result;
 }
 
 Variant InvokeDefault(Object& object, std::vector<Argument>& args) {

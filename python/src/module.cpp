@@ -54,9 +54,9 @@ void HandlerFailed(py::error_already_set error) {
 // Runs `body` (an Invoke) so that a handler failure during it surfaces afterwards; the
 // handler's exception wins over an error the library raised later in the same call.
 template <class F>
-Variant InvokeFromPython(F&& body) {
+auto InvokeFromPython(F&& body) -> decltype(body()) {
   CallScope scope;
-  Variant result;
+  decltype(body()) result;
   try {
     result = body();
   } catch (const Error&) {
@@ -150,16 +150,6 @@ std::vector<Argument> Arguments(const py::tuple& positional, const py::dict& nam
   return args;
 }
 
-// Where parameter `k` of `m` sits among `args`, or -1 when the caller left it out.
-int ArgumentIndex(const MemberInfo& m, size_t k, const std::vector<Argument>& args,
-                  size_t positional) {
-  if (k < positional) return static_cast<int>(k);
-  for (size_t i = positional; i < args.size(); ++i) {
-    if (EqualsAsciiNoCase(args[i].name, m.params[k].name)) return static_cast<int>(i);
-  }
-  return -1;
-}
-
 // A member call, or a property get. A member that writes arguments back returns its
 // result followed by every written-back parameter in order (a member with no result
 // returns the written values alone, one value unwrapped); a parameter left out comes back
@@ -168,40 +158,21 @@ py::object Call(const ObjectHandle& handle, const py::object& member, const py::
                 const py::dict& named) {
   Object& object = Target(handle);
   const String name = MemberName(object, member);
-  const ClassInfo& info = object.classInfo();
-  const MemberInfo* m = info.find(name, MemberKind::kMethod);
-  if (!m) m = info.find(name, MemberKind::kPropertyGet);
-
   std::vector<Argument> args = Arguments(positional, named);
-  std::vector<int> written;  // argument index per written-back parameter, -1 if none
-  if (m) {
-    for (size_t k = 0; k < m->params.size(); ++k) {
-      const ParamInfo& p = m->params[k];
-      if (!p.writesBack) continue;
-      int index = ArgumentIndex(*m, k, args, positional.size());
-      // Passing the default by name binds exactly as leaving it out would, and lets the
-      // value the member leaves there come back.
-      if (index < 0 && p.optional && !p.defaultValue.isMissing()) {
-        index = static_cast<int>(args.size());
-        args.push_back(Argument{p.name, p.defaultValue});
-      }
-      written.push_back(index);
-    }
-  }
-
-  Variant result =
-      InvokeFromPython([&] { return Invoke(object, name, InvokeKind::kCall, args); });
-  if (written.empty()) return ToPython(result);
+  const Invocation done =
+      InvokeFromPython([&] { return InvokeMember(object, name, InvokeKind::kCall, args); });
+  const MemberInfo* m = done.member;
 
   py::list out;
-  if (m->returnType != VarType::kEmpty) out.append(ToPython(result));
-  for (int index : written) {
-    if (index < 0 || args[index].value.isMissing()) {
-      out.append(py::none());
-    } else {
-      out.append(ToPython(args[index].value));
-    }
+  if (m->returnType != VarType::kEmpty) out.append(ToPython(done.result));
+  bool writes = false;
+  for (size_t k = 0; k < m->params.size(); ++k) {
+    if (!m->params[k].writesBack) continue;
+    writes = true;
+    const Variant& v = done.params[k];
+    out.append(v.isMissing() ? py::none() : ToPython(v));
   }
+  if (!writes) return ToPython(done.result);
   if (m->returnType == VarType::kEmpty && out.size() == 1) return out[0];
   return py::tuple(out);
 }

@@ -84,54 +84,18 @@ std::vector<Statement> ReadStatements(Words words) {
   }
 }
 
-// The member an invocation reaches, found as Invoke finds it; its declaration gives the
-// types to print with and the names of written-back parameters.
-const MemberInfo* Target(const ClassInfo& c, StringView name, InvokeKind kind,
-                         const std::vector<Argument>& args) {
-  if (kind == InvokeKind::kCall) {
-    const MemberInfo* m = c.find(name, MemberKind::kMethod);
-    return m ? m : c.find(name, MemberKind::kPropertyGet);
-  }
-  const bool object = !args.empty() && args.back().value.isObject();
-  const MemberInfo* set = c.find(name, MemberKind::kPropertySet);
-  const MemberInfo* let = c.find(name, MemberKind::kPropertyLet);
-  if (kind == InvokeKind::kSet || object) return set ? set : let;
-  return let ? let : set;
-}
-
-// For each parameter, the argument that fills it, as Invoke binds them; -1 where the
-// caller left it out.
-std::vector<int> Origins(const MemberInfo& m, const std::vector<Argument>& args) {
-  std::vector<int> origin(m.params.size(), -1);
-  size_t position = 0;
-  for (size_t i = 0; i < args.size(); ++i) {
-    size_t k = m.params.size();
-    if (args[i].name.empty()) {
-      k = position++;
-    } else {
-      for (size_t j = 0; j < m.params.size(); ++j) {
-        if (tsruntime::EqualsAsciiNoCase(m.params[j].name, args[i].name)) k = j;
-      }
-    }
-    if (k < m.params.size() && !args[i].value.isMissing()) origin[k] = static_cast<int>(i);
-  }
-  return origin;
-}
-
 // Prints the result (nothing for a Sub or an assignment), then "Name = literal" for
 // every argument the member wrote back.
 void Execute(tsruntime::Object& object, Statement& s, std::ostream& out) {
-  const MemberInfo* m = Target(object.classInfo(), s.member, s.kind, s.args);
-  const std::vector<int> origin = m ? Origins(*m, s.args) : std::vector<int>();
-  const Variant result = tsruntime::Invoke(object, s.member, s.kind, s.args);
-  if (s.kind == InvokeKind::kCall && (!m || m->returnType != tsruntime::VarType::kEmpty)) {
-    out << PrintLiteral(result, m ? m->returnType : tsruntime::VarType::kVariant) << '\n';
+  const tsruntime::Invocation done = tsruntime::InvokeMember(object, s.member, s.kind, s.args);
+  const MemberInfo& m = *done.member;
+  if (s.kind == InvokeKind::kCall && m.returnType != tsruntime::VarType::kEmpty) {
+    out << PrintLiteral(done.result, m.returnType) << '\n';
   }
-  if (!m) return;
-  for (size_t k = 0; k < m->params.size(); ++k) {
-    if (!m->params[k].writesBack || origin[k] < 0) continue;
-    out << ToUtf8(m->params[k].name) << " = "
-        << PrintLiteral(s.args[origin[k]].value, m->params[k].type) << '\n';
+  for (size_t k = 0; k < m.params.size(); ++k) {
+    if (!m.params[k].writesBack || done.origin[k] < 0) continue;
+    out << ToUtf8(m.params[k].name) << " = " << PrintLiteral(done.params[k], m.params[k].type)
+        << '\n';
   }
 }
 

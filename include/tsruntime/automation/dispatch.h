@@ -119,6 +119,28 @@ struct Argument {
 Variant Invoke(Object& object, StringView member, InvokeKind kind,
                std::vector<Argument>& args);
 
+// The member that `Invoke` reaches for these arguments, or null: a call reaches a method
+// or else a property get; a let reaches the let (the set when an object is assigned and
+// the class has one), a set the set, each falling back to the other.
+const MemberInfo* ResolveMember(const ClassInfo& info, StringView member, InvokeKind kind,
+                                const std::vector<Argument>& args);
+
+// What one late-bound call did, for hosts that show more than the result.
+struct Invocation {
+  const MemberInfo* member = nullptr;  // the member reached
+  Variant result;
+  // Each parameter's final value, in parameter order: what the caller passed or the
+  // default, after the member wrote back into it.
+  std::vector<Variant> params;
+  // The index in `args` of the argument that filled each parameter; -1 where the caller
+  // left it out.
+  std::vector<int> origin;
+};
+
+// `Invoke`, reporting the member reached and every parameter's final value.
+Invocation InvokeMember(Object& object, StringView member, InvokeKind kind,
+                        std::vector<Argument>& args);
+
 // The same, for a member's default: the class's default member, called with `args`.
 Variant InvokeDefault(Object& object, std::vector<Argument>& args);
 
