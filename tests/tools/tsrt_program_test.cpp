@@ -114,8 +114,7 @@ TEST(Tsrt, ListsClassesMembersEnumerationsAndHelp) {
                    "Enumerator         TSRuntimeLib.Enumerator  (not creatable)\n"}},
       {"members clsZKRunTimeLib",
        {"Class clsZKRunTimeLib  ' TSRuntimeLib.clsZKRunTimeLib\n  Function Init() As Boolean\n"
-        "  Property Let Language(ByVal RHS As Long)\n  Property Get Language() As Long\n",
-        "\nEnd Class\n"}},
+        "  Property Let Language(ByVal RHS As Long)\n  Property Get Language() As Long\n"}},
       {"members TSRuntimeLib.clsZKDictionary",
        {"Class clsZKDictionary  ' TSRuntimeLib.clsZKDictionary, enumerable with For Each\n",
         "\n  Property Set Data(ByVal Item As Variant, ByVal vData As Variant)  ' default member\n",
@@ -127,6 +126,10 @@ TEST(Tsrt, ListsClassesMembersEnumerationsAndHelp) {
         "As String\n",
         "\n  Function ArrayJoin(ByVal DataArray() As String) As String\n"
         "  Function ArraySplit(ByVal DataString As String) As String()\n"}},
+      {"members enumerator",
+       {"Class Enumerator  ' TSRuntimeLib.Enumerator, not creatable\n"
+        "  Function Next(ByRef Item As Variant) As Boolean\n",
+        "\n  Sub Reset()\n"}},
       {"enums xeZK_INTERFACE_LANGUAGE",
        {"Enum xeZK_INTERFACE_LANGUAGE\n  xcZKLANG_RUS = 0\n  xcZKLANG_ENG = 1\nEnd Enum\n"}},
       {"enums", {"\n  xcZKERR_STRING_INSTRRIGHT = -2147220803\n", "End Enum\n\nEnum "}},
