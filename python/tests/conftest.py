@@ -1,10 +1,3 @@
-"""Shared set-up of the Python host's tests.
-
-The test-only class PyProbe lives in a library of its own, named by TSRUNTIME_PROBE;
-loading it registers the class. Tests of library classes that a build may not hold yet
-are marked with `needs(class name)`.
-"""
-
 import ctypes
 import os
 
@@ -12,33 +5,20 @@ import pytest
 
 import tsruntime
 
+# Loading this library registers the test-only class PyProbe.
 if os.environ.get("TSRUNTIME_PROBE"):
     ctypes.CDLL(os.environ["TSRUNTIME_PROBE"], mode=ctypes.RTLD_GLOBAL)
 
 
-def registered(name):
-    try:
-        tsruntime.members(name)
-        return True
-    except KeyError:
-        return False
-
-
-def needs(*names):
-    absent = [n for n in names if not registered(n)]
-    return pytest.mark.skipif(bool(absent), reason=f"not registered in this build: {absent}")
+def raised(call):
+    """The five fields of the error that `call` raises."""
+    with pytest.raises(tsruntime.AutomationError) as caught:
+        call()
+    e = caught.value
+    return e.number, e.source, e.description, e.helpfile, e.helpcontext
 
 
 @pytest.fixture
-def probe():
-    if not registered("PyProbe"):
-        pytest.skip("the probe class is not loaded (set TSRUNTIME_PROBE)")
-    return tsruntime.Dispatch("PyProbe")
-
-
-@pytest.fixture
-def russian():
-    """The thread's interface language back to Russian after the test (creating a root
-    object resets it)."""
+def russian():  # the interface language back to Russian afterwards: a new root resets it
     yield
     tsruntime.Dispatch("TSRuntimeLib.clsZKRunTimeLib")

@@ -1,204 +1,133 @@
-"""Late binding from Python: finding classes and members, calling, written-back
-arguments, default members, enumeration and errors."""
+"""Late binding from Python: creating objects, finding and calling members, written-back
+arguments, default members, enumeration, errors, type information and events."""
+
+import gc
+import weakref
 
 import pytest
+from conftest import raised
 
 import tsruntime
-from tsruntime import AutomationError, CDispatch, Dispatch
+from tsruntime import CDispatch, Dispatch, DispatchWithEvents
 
 ROOT = "TSRuntimeLib.clsZKRunTimeLib"
 
 
-def error_number(call):
-    with pytest.raises(AutomationError) as caught:
-        call()
-    return caught.value.number
-
-
-class TestCreation:
-    @pytest.mark.parametrize("name", [ROOT, "clsZKRunTimeLib", "tsruntimelib.CLSZKRUNTIMELIB"])
-    def test_a_class_is_found_by_progid_or_bare_name_in_any_case(self, name):
-        assert repr(Dispatch(name)) == "<tsruntime.CDispatch clsZKRunTimeLib>"
-
-    def test_a_wrapper_passed_to_dispatch_is_returned_as_it_is(self):
-        obj = Dispatch(ROOT)
-        assert Dispatch(obj) is obj
-
-    @pytest.mark.parametrize("name", ["TSRuntimeLib.NoSuchClass", "", "TSRuntimeLib.Enumerator"],
-                             ids=["unknown", "empty", "not creatable"])
-    def test_a_class_that_cannot_be_created_raises_429(self, name):
-        assert error_number(lambda: Dispatch(name)) == 429
-
-    def test_dispatch_takes_only_names_and_wrappers(self):
-        with pytest.raises(TypeError):
-            Dispatch(42)
-
-    def test_classes_lists_what_dispatch_can_create(self):
-        found = tsruntime.classes()
-        assert ROOT in found
-        assert "TSRuntimeLib.Enumerator" not in found
-        assert found == sorted(found, key=lambda p: p.split(".", 1)[1])
-
-
-class TestMembers:
-    def test_members_resolve_in_any_case(self):
-        lib = Dispatch(ROOT)
-        assert lib.Init() is True and lib.init() is True and lib.INIT() is True
-        assert lib.language == lib.Language == 0
-
-    def test_an_unknown_member_is_an_attribute_error(self):
-        lib = Dispatch(ROOT)
-        assert not hasattr(lib, "NoSuchMember")
+def test_classes_are_found_by_progid_or_bare_name_and_members_in_any_case():
+    for name in [ROOT, "clsZKRunTimeLib", "tsruntimelib.CLSZKRUNTIMELIB"]:
+        assert repr(Dispatch(name)) == "<tsruntime.CDispatch clsZKRunTimeLib>", name
+    lib, concat = Dispatch(ROOT), Dispatch("clsZKStringConcat")
+    assert Dispatch(lib) is lib and lib.Init() is lib.init() is lib.INIT() is True
+    assert ROOT in tsruntime.classes() and "TSRuntimeLib.Enumerator" not in tsruntime.classes()
+    for attempt in [lambda: lib.NoSuchMember, lambda: setattr(lib, "Nope", 1),
+                    lambda: setattr(concat, "CharsUsed", 3)]:
         with pytest.raises(AttributeError):
-            lib.NoSuchMember = 1
-        with pytest.raises(AttributeError):
-            lib._private
-
-    def test_a_read_only_property_cannot_be_assigned(self, probe):
-        with pytest.raises(AttributeError):
-            probe.Count = 3
-
-    def test_properties_are_read_and_assigned_as_attributes(self, probe):
-        probe.Caption = "заголовок"
-        assert probe.Caption == "заголовок"
-        probe.caption = 5  # converted to the declared String
-        assert probe.Caption == "5"
-
-    def test_dir_offers_members_and_indexed_assignments(self, probe):
-        names = dir(probe)
-        for name in ["Wrap", "Caption", "Count", "Item", "SetItem", "NewEnum"]:
-            assert name in names, name
-
-    @pytest.mark.parametrize("call, number", [
-        (lambda p: p.Wrap(), 449),
-        (lambda p: p.Wrap("x", Nope=1), 448),
-        (lambda p: p.Wrap("x", Text="y"), 448),
-        (lambda p: p.Twice(1, 2), 450),
-        (lambda p: p.Twice("abc"), 13),
-        (lambda p: p.Twice(2 ** 40), 6),
-        (lambda p: p.Span(0, 2 ** 60), 6),
-    ], ids=["required argument left out", "unknown named argument",
-            "argument given twice", "too many arguments", "text for a Long",
-            "Long overflow", "integer beyond a Double"])
-    def test_binding_failures_raise_the_runtime_errors(self, probe, call, number):
-        assert error_number(lambda: call(probe)) == number
+            attempt()
+    assert {"Data", "SetData", "SetKey", "Count"} <= set(dir(Dispatch("clsZKDictionary")))
 
 
-class TestWrittenBackArguments:
-    # Each row: the call, what it returns, and the rule it shows.
-    CASES = [
-        (lambda p: p.Wrap("x"), (3, "[x]", None),
-         "an optional written-back argument left out, with no default, comes back as None"),
-        (lambda p: p.Wrap("x", After=">", Calls=4), (3, "[x>", 5),
-         "named arguments fill their parameters and come back in parameter order"),
-        (lambda p: p.Wrap("x", "<", ">", 0), (3, "<x>", 1),
-         "positional arguments come back in parameter order"),
-        (lambda p: p.Wrap(TEXT="x", calls=1), (3, "[x]", 2),
-         "argument names match in any case"),
-        (lambda p: p.Twice(21), 42,
-         "a member with no result returns its one written value alone"),
-        (lambda p: p.Bump(), (True, 11),
-         "a written-back argument left out comes back as the member left its default"),
-        (lambda p: p.Bump(5), (True, 6),
-         "a written-back argument given comes back changed"),
-        (lambda p: p.Echo("x"), "x",
-         "a member that writes nothing back returns its result alone"),
-    ]
-
-    @pytest.mark.parametrize("call, expected, rule", CASES, ids=[c[2] for c in CASES])
-    def test_written_back_values_follow_the_result(self, probe, call, expected, rule):
-        assert call(probe) == expected, rule
-
-    def test_written_back_arrays_come_back_new_and_the_argument_is_untouched(self, probe):
-        original = tsruntime.SafeArray([1, 2], lbound=3, vartype=3)
-        changed = probe.Increment(original)
-        assert changed.bounds == [(3, 4)] and changed.tolist() == [2, 3]
-        assert original.tolist() == [1, 2]
+class Raises(int):
+    """An error number expected in place of a result."""
 
 
-class TestDefaultMemberAndIndexedProperties:
-    def test_indexed_get_let_and_set(self, probe):
-        probe.SetItem("a", 5)
-        probe["b"] = "x"
-        assert probe.Item("a") == 5 and probe.Item("b") == "x"
-        assert probe("a") == 5 and probe["b"] == "x"
-        assert probe("absent") is None  # a null object reference
-
-    def test_an_object_assigned_goes_to_the_set_and_comes_back_as_the_same_object(self, probe):
-        probe.SetItem("self", probe)
-        back = probe("self")
-        assert isinstance(back, CDispatch) and back == probe and back is not probe
-        assert hash(back) == hash(probe)
-        assert back != Dispatch("PyProbe")
-
-    def test_a_class_without_default_member_cannot_be_called(self):
-        with pytest.raises(AutomationError) as caught:
-            Dispatch(ROOT)()
-        assert caught.value.number == 438
+S, PROBE = Dispatch("clsZKString"), Dispatch("PyProbe")
+CALLS = [
+    # call, result or error number, what the row shows
+    (lambda: Dispatch("TSRuntimeLib.NoSuchClass"), Raises(429), "an unknown class"),
+    (lambda: Dispatch("TSRuntimeLib.Enumerator"), Raises(429), "a class that is not creatable"),
+    (lambda: Dispatch(ROOT)(), Raises(438), "the default member of a class without one"),
+    (lambda: S.InstrRight(), Raises(449), "a required argument left out"),
+    (lambda: S.InstrRight("a", "b", Nope=1), Raises(448), "an unknown named argument"),
+    (lambda: S.ConvMKL("abc"), Raises(13), "text for a Long"),
+    (lambda: S.Filter("a-b-c", "-"), ("abc", None), "a written-back argument left out is None"),
+    (lambda: S.Filter("a-b-c", "-", SelStart=4), ("abc", 2), "a written-back argument by name"),
+    (lambda: S.Filter("a-b-c", "-", iclude=0, selstart=5), ("abc", 3), "names in any case"),
+    (lambda: Dispatch("clsZKmd5").LongLeftRotate(1, 33), (2, 2, 1), "written back in order"),
+    (lambda: PROBE.Twice(21), 42, "no result: the one written value alone"),
+    (lambda: PROBE.Bump(), (True, 11), "left out: its default as the member left it"),
+    (lambda: PROBE.Bump(5), (True, 6), "a written-back argument given"),
+]
 
 
-class TestEnumeration:
-    def test_iteration_walks_new_enum_and_len_reads_count(self, probe):
-        for key, value in [("b", 2), ("a", 1), ("c", "три")]:
-            probe[key] = value
-        assert list(probe) == [1, 2, "три"]
-        assert len(probe) == 3
-
-    def test_an_enumerator_is_itself_iterable_and_next_writes_its_item_back(self, probe):
-        probe["a"], probe["b"] = 1, 2
-        items = probe.NewEnum()
-        assert items.Next(None) == (True, 1)
-        assert list(items) == [2]
-        assert items.Next(None) == (False, None)
-        items.Reset()
-        assert list(items) == [1, 2]
-
-    def test_objects_without_enumeration_or_count_say_so(self):
-        lib = Dispatch(ROOT)
-        with pytest.raises(TypeError):
-            iter(lib)
-        with pytest.raises(TypeError):
-            len(lib)
-        assert bool(lib) is True
+@pytest.mark.parametrize("call, expected, rule", CALLS, ids=[c[2] for c in CALLS])
+def test_calls_bind_their_arguments_and_return_the_written_back_ones(call, expected, rule):
+    if isinstance(expected, Raises):
+        assert raised(call)[0] == expected, rule
+    else:
+        assert call() == expected, rule
 
 
-class TestErrors:
-    def test_an_error_carries_its_five_fields(self, probe):
-        with pytest.raises(AutomationError) as caught:
-            probe.Fail(-2147220803)
-        e = caught.value
-        assert (e.number, e.source, e.description, e.helpfile, e.helpcontext) == (
-            -2147220803, "PyProbe.Fail", "Failed on purpose", "probe.chm", 42)
-        assert str(e) == "Error -2147220803 (PyProbe.Fail): Failed on purpose"
-        assert isinstance(e, Exception)
-
-    def test_a_runtime_error_has_the_runtime_source_and_no_help(self):
-        with pytest.raises(AutomationError) as caught:
-            Dispatch(ROOT).Init(1)
-        e = caught.value
-        assert (e.number, e.source, e.helpfile, e.helpcontext) == (450, "ZKRuntimeLib", "", 0)
-        assert e.description == "Wrong number of arguments or invalid property assignment"
+def test_default_member_indexed_properties_and_enumeration():
+    d = Dispatch("clsZKDictionary")
+    for key in ["a", "b", "self"]:
+        d.Add(key)
+    d["b"] = "x"
+    d.SetData("a", 2)
+    d["self"] = d  # an object goes to the Set and comes back as the same object
+    back = d("self")
+    assert (d("a"), d["b"], d.Data("b"), d("absent"), back) == (2, "x", "x", None, d)
+    assert isinstance(back, CDispatch) and back is not d and hash(back) == hash(d)
+    assert back != Dispatch("clsZKDictionary") and (list(d), len(d)) == (["x", 2, d], 3)
+    items = d.NewEnum()
+    assert (items.Next(None), list(items), items.Next(None)) == ((True, "x"), [2, d], (False, None))
 
 
-class TestTypeInformation:
-    def test_members_describe_parameters_results_and_events(self, probe):
-        found = {(m.kind, m.name): m for m in tsruntime.members("PyProbe")}
-        wrap = found["method", "Wrap"]
-        assert [p.name for p in wrap.params] == ["Text", "Before", "After", "Calls"]
-        assert [p.writes_back for p in wrap.params] == [True, False, False, True]
-        assert [p.optional for p in wrap.params] == [False, True, True, True]
-        assert wrap.params[1].default == "[" and wrap.params[3].default is tsruntime.Missing
-        assert wrap.returns == "Long" and found["method", "Twice"].returns is None
-        assert found["get", "Item"].default and not found["let", "Caption"].default
-        assert [p.name for p in found["event", "OnRemoved"].params] == ["Key", "Count"]
-        assert repr(wrap) == ("method Wrap(ByRef Text As String, Optional Before As String = '[', "
-                              "Optional After As String = ']', Optional ByRef Calls As Long) As Long")
+def test_errors_carry_their_five_fields():
+    assert raised(lambda: PROBE.Fail(-2147220803)) == (
+        -2147220803, "PyProbe.Fail", "Failed on purpose", "probe.chm", 42)
+    assert raised(lambda: Dispatch(ROOT).Init(1)) == (
+        450, "ZKRuntimeLib", "Wrong number of arguments or invalid property assignment", "", 0)
+    with pytest.raises(tsruntime.AutomationError, match=r"^Error 450 \(ZKRuntimeLib\): Wrong"):
+        Dispatch(ROOT).Init(1)
 
-    def test_members_of_an_unknown_class_is_a_key_error(self):
-        with pytest.raises(KeyError):
-            tsruntime.members("TSRuntimeLib.NoSuchClass")
 
-    def test_enumerations_and_constants(self):
-        assert tsruntime.enums()["xeZK_INTERFACE_LANGUAGE"] == {"xcZKLANG_RUS": 0, "xcZKLANG_ENG": 1}
-        assert tsruntime.constants.xcZKERR_STRING_INSTRRIGHT == -2147220803
-        assert len(tsruntime.enums()["xeZK_ERROR_CODES"]) == 29
+def test_type_information():
+    assert ("method Filter(Expression As String, FilteringStr As String, Optional Iclude As Boolean"
+            " = False, Optional CompareType As Long = 0, Optional ByRef SelStart As Long) As String"
+            in map(repr, tsruntime.members("clsZKString")))
+    d = list(map(repr, tsruntime.members("TSRuntimeLib.clsZKDictionary")))
+    assert {"get Data(Item As Variant) As Variant [default]", "get Key(Item As Variant) As Variant",
+            "method Clear()", "event OnChanged(ChangedItem As Variant)"} <= set(d)
+    with pytest.raises(KeyError):
+        tsruntime.members("TSRuntimeLib.NoSuchClass")
+    assert tsruntime.enums()["xeZK_INTERFACE_LANGUAGE"] == {"xcZKLANG_RUS": 0, "xcZKLANG_ENG": 1}
+    assert tsruntime.constants.xcZKERR_STRING_INSTRRIGHT == -2147220803
+
+
+class Recorder:
+    def __init__(self):
+        self.seen = []
+
+    def OnChanged(self, item):  # the event OnChanged keeps its name
+        self.seen.append(item)
+
+    def OnDoubled(self, value):  # the event Doubled
+        self.seen.append(value)
+
+
+def test_events_call_the_handler_on_plus_their_name_and_the_result_is_also_the_object():
+    probe, d = (DispatchWithEvents(name, Recorder) for name in ["PyProbe", "clsZKDictionary"])
+    assert isinstance(d, CDispatch) and isinstance(d, Recorder)
+    assert probe.Twice(4) == 8 and probe.seen == [8]
+    d.Add("a")
+    d["a"] = 1
+    d.SortMode = 1  # a property of the object still goes to the object
+    d.note = "mine"  # any other name is the handler's own attribute
+    assert (d.seen, d.SortMode, d.note, "SortMode" in vars(d)) == (["a"], 0, "mine", False)
+    quiet = DispatchWithEvents(d, type("NoHandlers", (), {}))
+    quiet["a"] = 2  # no handler method: ignored
+    assert d.seen == ["a", "a"]
+
+
+def test_a_failing_handler_raises_once_the_call_completes_and_a_connection_ends_with_it():
+    d = Dispatch("clsZKDictionary")
+    d.Add("a")
+    failing = DispatchWithEvents(d, type("Failing", (), {"OnChanged": lambda _, key: {}[key]}))
+    with pytest.raises(KeyError, match="a"):  # raised by the handler
+        d["a"] = 1
+    assert d("a") == 1
+    gone = weakref.ref(failing)
+    del failing
+    gc.collect()
+    d["a"] = 2  # neither the old failure nor a new one
+    assert gone() is None
