@@ -114,11 +114,12 @@ TEST(Tsrt, ListsClassesMembersEnumerationsAndHelp) {
                    "Enumerator         TSRuntimeLib.Enumerator  (not creatable)\n"}},
       {"members clsZKRunTimeLib",
        {"Class clsZKRunTimeLib  ' TSRuntimeLib.clsZKRunTimeLib\n  Function Init() As Boolean\n"
-        "  Property Let Language(ByVal RHS As Long)\n  Property Get Language() As Long\n"}},
+        "  Property Let Language(ByVal RHS As Long)\n  Property Get Language() As Long\n"
+        "  Property Get GetObjString() As clsZKString\n"}},
       {"members TSRuntimeLib.clsZKDictionary",
        {"Class clsZKDictionary  ' TSRuntimeLib.clsZKDictionary, enumerable with For Each\n",
         "\n  Property Set Data(ByVal Item As Variant, ByVal vData As Variant)  ' default member\n",
-        "\n  Function NewEnum() As Object  ' the enumerator For Each uses\n",
+        "\n  Function NewEnum() As Enumerator  ' the enumerator For Each uses\n",
         "\n  Event OnChanged(ByVal ChangedItem As Variant)\nEnd Class\n"}},
       {"members clszkstring",
        {"\n  Function Filter(ByVal Expression As String, ByVal FilteringStr As String, [ByVal "

@@ -72,7 +72,11 @@ std::string ListClasses(const std::vector<const tsruntime::ClassInfo*>& classes)
 
 std::string DeclareMember(const tsruntime::MemberInfo& m) {
   std::string s = std::string(KindWord(m)) + " " + ToUtf8(m.name) + DeclareParams(m.params);
-  if (m.returnType != VarType::kEmpty) s += " As " + ToUtf8(tsruntime::TypeName(m.returnType));
+  if (m.returnClass) {
+    s += " As " + ToUtf8(m.returnClass().name);
+  } else if (m.returnType != VarType::kEmpty) {
+    s += " As " + ToUtf8(tsruntime::TypeName(m.returnType));
+  }
   return s;
 }
 

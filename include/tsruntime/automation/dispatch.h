@@ -45,6 +45,9 @@ struct MemberInfo {
   MemberKind kind = MemberKind::kMethod;
   std::vector<ParamInfo> params;  // for a let or set, the assigned value comes last
   VarType returnType = VarType::kEmpty;  // kEmpty: returns nothing
+  // For a member returning an object of a known class: that class's information
+  // (looked up when asked, since classes may return each other).
+  const ClassInfo& (*returnClass)() = nullptr;
   // Calls the member with arguments bound in parameter order, defaults filled in.
   // Written-back arguments are left in `args`.
   std::function<Variant(Object& self, std::vector<Variant>& args)> call;
@@ -301,6 +304,14 @@ struct Result<E> {
   static constexpr VarType kType = VarType::kLong;
   static Variant Wrap(E e) { return Variant(static_cast<int32_t>(e)); }
 };
+template <class T>
+concept Described = requires { T::TypeInfo(); };
+template <Described T>
+struct Result<Ref<T>> {
+  static constexpr VarType kType = VarType::kObject;
+  static constexpr auto kClass = &T::TypeInfo;
+  static Variant Wrap(Ref<T>&& r) { return Variant(std::move(r)); }
+};
 template <>
 struct Result<SafeArray> {
   static constexpr VarType kType = ArrayOf(VarType::kVariant);
@@ -410,7 +421,9 @@ class ClassBuilder {
     m.name = FromAscii(name);
     m.kind = kind;
     m.params = Sig::Params();
-    m.returnType = dispatch_detail::Result<typename Sig::Return>::kType;
+    using Result = dispatch_detail::Result<typename Sig::Return>;
+    m.returnType = Result::kType;
+    if constexpr (requires { Result::kClass; }) m.returnClass = Result::kClass;
     dispatch_detail::CheckParams(info_, m, params.size());
     for (size_t i = 0; i < params.size(); ++i) {
       ParamInfo& p = m.params[i];
