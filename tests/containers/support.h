@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <tuple>
 #include <vector>
 
 #include "tsruntime/automation/dispatch.h"
@@ -10,19 +11,23 @@ namespace tsruntime::container_tests {
 
 inline Variant I(int32_t i) { return Variant(i); }
 
-// The number of the error `action` raises, or 0 when it raises none.
-inline int ErrorNumberOf(const std::function<void()>& action) {
+// The number, source, description, help file and help context of the error `action`
+// raises; all empty or 0 when it raises none.
+using ErrorFields = std::tuple<int32_t, String, String, String, int32_t>;
+inline ErrorFields ErrorOf(const std::function<void()>& action) {
   try {
     action();
   } catch (const Error& e) {
-    return e.number();
+    return {e.number(), e.source(), e.description(), e.helpFile(), e.helpContext()};
   }
-  return 0;
+  return {};
+}
+inline int ErrorNumberOf(const std::function<void()>& action) {
+  return std::get<0>(ErrorOf(action));
 }
 
 // Invokes a member by name with positional arguments, as a late-bound host does.
-inline Variant CallByName(Object& o, StringView member, InvokeKind kind,
-                          std::vector<Variant> values) {
+inline Variant Call(Object& o, StringView member, InvokeKind kind, std::vector<Variant> values) {
   std::vector<Argument> args;
   for (Variant& v : values) args.push_back({{}, std::move(v)});
   return Invoke(o, member, kind, args);
