@@ -74,7 +74,8 @@ TEST(StorageItems, AcceptedTypesComeBackInBothLocalesAndOthersAreRefused) {
 
 TEST(StorageItems, FractionsReadOnlyUnderTheLocaleTheyWereWrittenIn) {
   const std::pair<const char*, Variant> cases[] = {
-      {"ru_RU", Variant(1.5)}, {"ru_RU", Variant(Currency{-15000})}, {"en_US", Variant(0.5f)}};
+      {"ru_RU", Variant(1.5)}, {"ru_RU", Variant(Currency{-15000})}, {"en_US", Variant(0.5f)},
+      {"en_US", Variant(Currency{-15000})}};
   for (const auto& [written, value] : cases) {
     auto items = New<clsZKStorageItems>();
     std::optional<ScopedLocale> locale(written);
