@@ -11,69 +11,42 @@
 namespace tsruntime {
 namespace {
 
-int32_t LateLanguage(Object& lib) {
-  std::vector<Argument> none;
-  return Invoke(lib, u"Language", InvokeKind::kCall, none).asLong();
+Variant Late(Object& lib, StringView member, InvokeKind kind = InvokeKind::kCall,
+             std::vector<Argument> args = {}) {
+  return Invoke(lib, member, kind, args);
 }
 
-void LetLateLanguage(Object& lib, Variant value) {
-  std::vector<Argument> args = {{String(), std::move(value)}};
-  Invoke(lib, u"Language", InvokeKind::kLet, args);
-}
+int32_t LateLanguage(Object& lib) { return Late(lib, u"Language").asLong(); }
 
 TEST(RootObject, InitAlwaysReturnsTrue) {
   auto lib = New<clsZKRunTimeLib>();
   EXPECT_TRUE(lib->Init());
-  EXPECT_TRUE(lib->Init());
-  Ref<Object> late = CreateObject(u"TSRuntimeLib.clsZKRunTimeLib");
-  std::vector<Argument> none;
-  for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(Invoke(*late, u"init", InvokeKind::kCall, none), Variant(true));
-  }
+  EXPECT_EQ(Late(*CreateObject(u"TSRuntimeLib.clsZKRunTimeLib"), u"init"), Variant(true));
 }
 
-TEST(RootObject, AFreshRootObjectReportsRussian) {
+TEST(RootObject, StoresAnyLanguageValueAndANewRootObjectResetsIt) {
   SetInterfaceLanguage(xcZKLANG_ENG);
   auto lib = New<clsZKRunTimeLib>();
-  EXPECT_EQ(lib->Language(), xcZKLANG_RUS);
+  EXPECT_EQ(lib->Language(), xcZKLANG_RUS) << "a fresh root object reports Russian";
   EXPECT_EQ(LateLanguage(*lib), 0);
-  EXPECT_EQ(LateLanguage(*CreateObject(u"clsZKRunTimeLib")), 0);
-}
-
-TEST(RootObject, StoresAnyLanguageValueUnchecked) {
-  auto lib = New<clsZKRunTimeLib>();
-  const std::pair<Variant, int32_t> rows[] = {
-      {Variant(int32_t{7}), 7},        {Variant(int32_t{1}), 1},   {Variant(int32_t{-5}), -5},
-      {Variant(int32_t{INT32_MAX}), INT32_MAX}, {Variant(u"3"), 3}, {Variant(int32_t{0}), 0},
-  };
-  for (const auto& [value, stored] : rows) {
-    LetLateLanguage(*lib, value);
-    EXPECT_EQ(lib->Language(), stored);
-    EXPECT_EQ(LateLanguage(*lib), stored);
-    EXPECT_EQ(InterfaceLanguage(), stored);
+  for (const Variant& value : {Variant(int32_t{7}), Variant(u"1"), Variant(int32_t{-5})}) {
+    Late(*lib, u"Language", InvokeKind::kLet, {{String(), value}});
+    EXPECT_EQ(LateLanguage(*lib), ToLong(value)) << "stored unchecked";
     EXPECT_EQ(testing::U8(LanguageText(u"Русский", u"English")),
-              stored == 0 ? "Русский" : "English")
-        << "language " << stored;
+              ToLong(value) == 0 ? "Русский" : "English");
   }
   lib->LetLanguage(7);
-  EXPECT_EQ(LateLanguage(*lib), 7);
-  EXPECT_EQ(testing::RaisedNumber([&] { LetLateLanguage(*lib, Variant(u"English")); }), 13);
+  EXPECT_EQ(testing::RaisedNumber(
+                [&] { Late(*lib, u"Language", InvokeKind::kLet, {{String(), Variant(u"x")}}); }),
+            13);
   EXPECT_EQ(lib->Language(), 7) << "a refused value leaves the setting alone";
-}
 
-TEST(RootObject, ASecondRootObjectResetsTheLanguageForBoth) {
-  auto first = New<clsZKRunTimeLib>();
-  first->LetLanguage(xcZKLANG_ENG);
-  EXPECT_EQ(LateLanguage(*first), 1);
-  Ref<Object> second = CreateObject(u"TSRuntimeLib.clsZKRunTimeLib");
-  EXPECT_EQ(first->Language(), 0);
-  EXPECT_EQ(LateLanguage(*first), 0);
-  EXPECT_EQ(LateLanguage(*second), 0);
-
-  LetLateLanguage(*second, Variant(int32_t{1}));
-  EXPECT_EQ(first->Language(), 1) << "every root object on the thread shares one setting";
+  Ref<Object> second = CreateObject(u"clsZKRunTimeLib");
+  EXPECT_EQ(lib->Language(), 0) << "a new root object resets the language of the thread";
+  Late(*second, u"Language", InvokeKind::kLet, {{String(), Variant(int32_t{1})}});
+  EXPECT_EQ(LateLanguage(*lib), 1) << "every root object on the thread shares one setting";
   second = nullptr;
-  first = nullptr;
+  lib = nullptr;
   EXPECT_EQ(InterfaceLanguage(), 1) << "the setting outlives the last root object";
 }
 
