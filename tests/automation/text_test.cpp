@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <numeric>
-#include <random>
 #include <set>
 
 #include "support/outcome.h"
@@ -17,7 +16,6 @@ namespace tsruntime {
 namespace {
 
 using testing::Outcome;
-using testing::RaisedNumber;
 using testing::U8;
 
 TEST(CodePages, EveryByteRoundTripsAsItsOwnCharacter) {
@@ -43,24 +41,19 @@ TEST(CodePages, MapCyrillicToItsBytesAndTheRestToAQuestionMark) {
 }
 
 TEST(CodePages, CanBeSetToAnotherSingleByteCodePageOnly) {
-  EXPECT_EQ(RaisedNumber([] { SetAnsiCodePage(65001); }), 5) << "UTF-8 is not single-byte";
-  EXPECT_EQ(RaisedNumber([] { SetOemCodePage(-866); }), 5);
-  EXPECT_EQ(std::pair(AnsiCodePage(), OemCodePage()), std::pair(1251, 866));
+  EXPECT_EQ(Outcome([] { SetAnsiCodePage(65001); }), "error 5") << "UTF-8 is not single-byte";
+  EXPECT_EQ(Outcome([] { SetOemCodePage(-866); }), "error 5");
   SetAnsiCodePage(1252);
   EXPECT_EQ(U8(AnsiRoundTrip(u"Жé")), "?é");
   SetAnsiCodePage(1251);
 }
 
 TEST(Utf8, ConvertsBothWaysAndReplacesWhatIsMalformed) {
-  const std::pair<String, std::string> rows[] = {
-      {u"Пр\u07FF\uFFFF", "\xD0\x9F\xD1\x80\xDF\xBF\xEF\xBF\xBF"},
-      {u"\U0010FFFF", "\xF4\x8F\xBF\xBF"},
-      {String(1, u'\0'), std::string(1, '\0')},
-  };
-  for (const auto& [utf16, utf8] : rows) {
-    EXPECT_EQ(ToUtf8(utf16), utf8);
-    EXPECT_EQ(FromUtf8(utf8), utf16) << utf8;
-  }
+  const String text = u"Пр\u07FF\uFFFF\U0010FFFF" + String(1, u'\0');
+  const std::string utf8 =
+      "\xD0\x9F\xD1\x80\xDF\xBF\xEF\xBF\xBF\xF4\x8F\xBF\xBF" + std::string(1, '\0');
+  EXPECT_EQ(ToUtf8(text), utf8);
+  EXPECT_EQ(FromUtf8(utf8), text);
   EXPECT_EQ(ToUtf8(String(u"a\xD800")), "a\xEF\xBF\xBD") << "a lone surrogate";
   // A stray byte, an overlong "/", an encoded surrogate, a sequence cut short.
   EXPECT_EQ(FromUtf8("\x80|\xC0\xAF|\xED\xA0\x80|\xE2\x82"),
@@ -84,14 +77,13 @@ TEST(CompareStrings, BinaryIsByCodeUnitAndTextIgnoresCaseWithLatinFirst) {
 }
 
 TEST(TextSortKey, OrdersExactlyAsTextCompare) {
-  const String alphabet = u"aAzZ09 -_.,ёЁеЕжЖаАяЯйЙ";
-  std::mt19937 rng(2024);
-  std::vector<String> words(200);
-  for (String& w : words) {
-    for (size_t n = rng() % 6; n > 0; --n) w += alphabet[rng() % alphabet.size()];
+  // Every text of up to two characters where case, ё and punctuation matter, and two long.
+  std::vector<String> words = {u"", String(500, u'ж'), String(499, u'Ж') + u'з'};
+  const std::u16string_view alphabet = u" -.9aAzZеЕёЁжЖяЯ";
+  for (char16_t a : alphabet) {
+    words.push_back(String(1, a));
+    for (char16_t b : alphabet) words.push_back(String{a, b});
   }
-  words.push_back(String(500, u'ж'));
-  words.push_back(String(499, u'Ж') + u'з');
   for (const char* locale : {"ru_RU", "en_US"}) {
     ScopedLocale l(locale);
     std::vector<std::string> keys;
@@ -109,24 +101,19 @@ TEST(TextSortKey, OrdersExactlyAsTextCompare) {
 TEST(CompareVariants, OrdersNumbersStringsAndEmptyAsTheHostRuntime) {
   ScopedLocale l("ru_RU");
   const Variant object = Variant(New<clsZKRunTimeLib>());
-  const Variant array = Variant(SafeArray::FromStrings({u"a"}));
   const std::tuple<const char*, Variant, Variant, int32_t, const char*> rows[] = {
       {"Long 1 and Double 1.0", Variant(int32_t{1}), Variant(1.0), 0, "0"},
-      {"Empty and 0", Variant(), Variant(int32_t{0}), 0, "0"},
       {"Empty and \"\"", Variant(), Variant(u""), 0, "0"},
       {"Empty and \"a\"", Variant(), Variant(u"a"), 0, "-1"},
       {"a number below a string", Variant(int32_t{5}), Variant(u"1"), 0, "-1"},
-      {"the text 1 is not the number 1", Variant(u"1"), Variant(1.0), 0, "1"},
       {"strings binary", Variant(u"abc"), Variant(u"ABC"), 0, "1"},
       {"strings text", Variant(u"abc"), Variant(u"ABC"), 1, "0"},
       {"Boolean True and -1", Variant(true), Variant(int32_t{-1}), 0, "0"},
       {"Currency near the top, exactly", Variant(Currency{INT64_MAX}),
        Variant(Currency{INT64_MAX - 1}), 0, "1"},
-      {"Decimal 0.1 and Double 0.1", Variant(Decimal::FromDouble(0.1)), Variant(0.1), 0, "0"},
       {"Date 2 and Long 2", Variant(Date{2.0}), Variant(int32_t{2}), 0, "0"},
       {"Null and 1", Variant::Null(), Variant(int32_t{1}), 0, "error 94"},
       {"an object and itself", object, object, 0, "error 13"},
-      {"two arrays", array, array, 0, "error 13"},
   };
   for (const auto& [what, a, b, mode, order] : rows) {
     EXPECT_EQ(Outcome([&] { return std::to_string(CompareVariants(a, b, mode)); }), order)

@@ -8,6 +8,7 @@
 #include <charconv>
 #include <functional>
 #include <string>
+#include <type_traits>
 
 #include "tsruntime/automation/error.h"
 #include "tsruntime/automation/string.h"
@@ -15,7 +16,6 @@
 namespace tsruntime::testing {
 
 inline std::string U8(StringView text) { return ToUtf8(text); }
-inline String U16(std::string_view utf8) { return FromUtf8(utf8); }
 
 // The shortest text that reads back as `value` ("1.5", "0.015", "-1").
 inline std::string Num(double value) {
@@ -24,25 +24,19 @@ inline std::string Num(double value) {
   return std::string(buf, r.ptr);
 }
 
-// What `body` returns (a std::string), or "error N" when it raises an Error.
+// What `body` returns as text ("" when it returns nothing), or "error N" when it raises.
 template <class F>
 std::string Outcome(F&& body) {
   try {
-    return body();
+    if constexpr (std::is_void_v<std::invoke_result_t<F&>>) {
+      body();
+      return "";
+    } else {
+      return std::string(body());
+    }
   } catch (const Error& e) {
     return "error " + std::to_string(e.number());
   }
-}
-
-// The number of the Error `body` raised, or 0 when it raised none.
-template <class F>
-int32_t RaisedNumber(F&& body) {
-  try {
-    body();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
 }
 
 // The five fields of the Error `body` raised, one per line.
