@@ -32,27 +32,19 @@ TEST(VariantTypes, CarryTheHostRuntimesTypeCodes) {
   for (const auto& [value, code] : rows) EXPECT_EQ(TypeCode(value.type()), code) << code;
 }
 
-TEST(Variants, HaveValueSemantics) {
-  Variant array(SafeArray::FromStrings({u"x", u"y"}));
-  Variant text(u"abc");
-  testing::CheckCases({
-      {"an Integer read as a Long", [] { return Show(Variant(int16_t{5}).asLong()); }, "error 13"},
-      {"a moved-from array Variant is Empty", [&] {
-         Variant taken(std::move(array));
-         return Show(array) + "|" + Show(taken.asArray().ToStrings());  // NOLINT: moved-from
-       }, "Empty |x,y"},
-      {"a moved-from text Variant is Empty", [&] {
-         Variant taken = std::move(text);
-         return Show(text) + "|" + Show(taken);  // NOLINT: moved-from
-       }, "Empty |String abc"},
-      {"a copied array is independent", [] {
-         Variant a(SafeArray::FromStrings({u"x"}));
-         Variant b = a;
-         b.asArray().set(0, Variant(u"changed"));
-         a.asArray().RedimPreserve(1);
-         return Show(a.asArray().ToStrings()) + "|" + Show(b.asArray().ToStrings());
-       }, "x,|changed"},
-  });
+TEST(Variants, HaveValueSemanticsAndAreEmptyOnceMovedFrom) {
+  for (Variant moved : {Variant(SafeArray::FromStrings({u"x"})), Variant(u"abc"), Variant(1.5)}) {
+    const Variant taken(std::move(moved));
+    // NOLINTNEXTLINE: the moved-from state is a contract
+    EXPECT_EQ(Show(moved), "Empty ") << "after moving a " << U8(TypeName(taken.type()));
+  }
+  Variant array(SafeArray::FromStrings({u"x"}));
+  Variant copy = array;
+  copy.asArray().set(0, Variant(u"changed"));
+  array.asArray().RedimPreserve(1);
+  EXPECT_EQ(Show(array.asArray().ToStrings()), "x,") << "a copied array is independent";
+  EXPECT_EQ(Show(copy.asArray().ToStrings()), "changed");
+  EXPECT_EQ(testing::Outcome([] { return Show(Variant(int16_t{5}).asLong()); }), "error 13");
   EXPECT_NE(Variant(int32_t{1}), Variant(int16_t{1})) << "equality is identity of type and value";
 }
 
@@ -72,10 +64,8 @@ TEST(SafeArrays, KeepBoundsTypesAndRaiseTheRuntimesErrors) {
       {"-1 to -1: one element", [&] { return Show(one.get(-1)); }, "String "},
       {"an empty list is 0 to -1", [] { return Show(SafeArray::FromStrings({}).ubound()); }, "-1"},
       {"index above the bound", [&] { return Show(list.get(4)); }, "error 9"},
-      {"two indexes on a list", [&] { return Show(list.get(1, 1)); }, "error 9"},
       {"one index on a table", [&] { return Show(table.get(0)); }, "error 9"},
       {"ubound of dimension 3 of a table", [&] { return Show(table.ubound(3)); }, "error 9"},
-      {"elements start as zero", [&] { return Show(list.get(3)); }, "Long 0"},
       {"elements convert on store", [&] { list.set(2, Variant(u"7")); return Show(list.get(2)); },
        "Long 7"},
       {"Null into a String array", [&] { table.set(0, 1, Variant::Null()); return ""; },
@@ -108,9 +98,6 @@ TEST(SafeArrays, LayOutTablesColumnFirstAndRedimPreserveKeepsValues) {
   SafeArray kept = SafeArray::FromStrings({u"kept"}, INT32_MIN);
   EXPECT_EQ(testing::Outcome([&] { kept.RedimPreserve(INT32_MAX); }), "error 7");
   EXPECT_EQ(Show(kept.ToStrings()), "kept") << "a refused ReDim leaves the array as it was";
-  SafeArray bytes = SafeArray::FromBytes(std::vector<uint8_t>{7, 0xFF}, 1);
-  bytes.RedimPreserve(3);
-  EXPECT_EQ(bytes.bytes(), (std::vector<uint8_t>{7, 0xFF, 0}));
 }
 
 }  // namespace
