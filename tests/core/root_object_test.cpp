@@ -10,17 +10,19 @@
 namespace tsruntime {
 namespace {
 
-Variant Late(Object& lib, InvokeKind kind = InvokeKind::kCall, std::vector<Argument> args = {},
-             StringView member = u"Language") {
-  return Invoke(lib, member, kind, args);
+// The late-bound call's result as its type and text.
+std::string Late(Object& lib, InvokeKind kind = InvokeKind::kCall, std::vector<Argument> args = {},
+                 StringView member = u"Language") {
+  const Variant result = Invoke(lib, member, kind, args);
+  return testing::U8(TypeName(result.type()) + u" " + ToString(result));
 }
 
 TEST(RootObject, InitsAndKeepsOneLanguagePerThreadThatEachNewRootObjectResets) {
   SetInterfaceLanguage(xcZKLANG_ENG);
   auto lib = New<clsZKRunTimeLib>();
   EXPECT_TRUE(lib->Init());
-  EXPECT_EQ(Late(*lib, InvokeKind::kCall, {}, u"init"), Variant(true));
-  EXPECT_EQ(Late(*lib), Variant(int32_t{xcZKLANG_RUS})) << "a fresh root object reports Russian";
+  EXPECT_EQ(Late(*lib, InvokeKind::kCall, {}, u"init"), "Boolean True");
+  EXPECT_EQ(Late(*lib), "Long 0") << "a fresh root object reports Russian";
   Late(*lib, InvokeKind::kLet, {{{}, Variant(u"7")}});
   EXPECT_EQ(lib->Language(), 7) << "any value is stored, unchecked";
   EXPECT_EQ(testing::U8(LanguageText(u"Русский", u"English")), "English");
@@ -30,7 +32,7 @@ TEST(RootObject, InitsAndKeepsOneLanguagePerThreadThatEachNewRootObjectResets) {
   Ref<Object> second = CreateObject(u"clsZKRunTimeLib");
   EXPECT_EQ(lib->Language(), 0) << "a new root object resets the language of the thread";
   Late(*second, InvokeKind::kLet, {{{}, Variant(int32_t{1})}});
-  EXPECT_EQ(Late(*lib), Variant(int32_t{1})) << "all root objects of a thread share the setting";
+  EXPECT_EQ(Late(*lib), "Long 1") << "all root objects of a thread share the setting";
   second = lib = nullptr;
   EXPECT_EQ(InterfaceLanguage(), 1) << "the setting outlives the last root object";
 
