@@ -1,0 +1,74 @@
+// Shared by the text tests: error checks, late-bound calls, amounts and (column, row) tables.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tsruntime/automation/dispatch.h"
+#include "tsruntime/automation/safearray.h"
+#include "tsruntime/errors.h"
+
+namespace tsruntime::testing {
+
+// Runs `call`, which must raise; checks every field of the error.
+template <class F>
+void ExpectError(F&& call, int32_t number, StringView source, StringView description,
+                 const std::string& what) {
+  try {
+    call();
+    ADD_FAILURE() << what << ": no error raised";
+  } catch (const Error& e) {
+    EXPECT_EQ(e.number(), number) << what;
+    EXPECT_EQ(ToUtf8(e.source()), ToUtf8(source)) << what;
+    EXPECT_EQ(ToUtf8(e.description()), ToUtf8(description)) << what;
+    EXPECT_EQ(ToUtf8(e.helpFile()), "") << what;
+    EXPECT_EQ(e.helpContext(), 0) << what;
+  }
+}
+
+// The host runtime's own error `code`, passed through unchanged.
+template <class F>
+void ExpectRuntimeError(F&& call, RuntimeError code, const std::string& what) {
+  const auto number = static_cast<int32_t>(code);
+  ExpectError(call, number, FromAscii(kRuntimeErrorSource), RuntimeErrorText(number), what);
+}
+
+inline Variant Call(const Ref<Object>& object, StringView member, std::vector<Argument>& args) {
+  return Invoke(*object, member, InvokeKind::kCall, args);
+}
+
+// An amount written as in the host language ("-1234.5678"), exactly.
+inline Currency Amount(std::string_view text) {
+  uint64_t raw = 0;
+  int decimals = -1;
+  for (char c : text) {
+    if (c == '.') decimals = 0;
+    if (c < '0') continue;
+    raw = raw * 10 + static_cast<uint64_t>(c - '0');
+    if (decimals >= 0) ++decimals;
+  }
+  for (int d = decimals < 0 ? 0 : decimals; d < 4; ++d) raw *= 10;
+  return Currency::FromRaw(static_cast<int64_t>(text[0] == '-' ? 0 - raw : raw));
+}
+
+// A table holding `rows`, columns from `column_lower`, rows from `row_lower`.
+inline SafeArray Table(const std::vector<std::vector<String>>& rows, int32_t column_lower = 0,
+                       int32_t row_lower = 0) {
+  const auto width = static_cast<int32_t>(rows[0].size()), n = static_cast<int32_t>(rows.size());
+  SafeArray t(VarType::kString,
+              {Bounds{column_lower, column_lower + width - 1}, Bounds{row_lower, row_lower + n - 1}});
+  for (int32_t r = 0; r < n; ++r) {
+    for (int32_t c = 0; c < width; ++c) t.set(column_lower + c, row_lower + r, Variant(rows[r][c]));
+  }
+  return t;
+}
+
+inline std::vector<String> Column(const SafeArray& table, int32_t column) {
+  std::vector<String> out;
+  for (int32_t r = table.lbound(2); r <= table.ubound(2); ++r) out.push_back(table.get(column, r).asString());
+  return out;
+}
+
+}  // namespace tsruntime::testing
