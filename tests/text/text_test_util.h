@@ -57,17 +57,19 @@ inline Currency Amount(std::string_view text) {
 inline SafeArray Table(const std::vector<std::vector<String>>& rows, int32_t column_lower = 0,
                        int32_t row_lower = 0) {
   const auto width = static_cast<int32_t>(rows[0].size()), n = static_cast<int32_t>(rows.size());
-  SafeArray t(VarType::kString,
-              {Bounds{column_lower, column_lower + width - 1}, Bounds{row_lower, row_lower + n - 1}});
-  for (int32_t r = 0; r < n; ++r) {
-    for (int32_t c = 0; c < width; ++c) t.set(column_lower + c, row_lower + r, Variant(rows[r][c]));
+  SafeArray t(VarType::kString, {Bounds{column_lower, column_lower + width - 1},
+                                 Bounds{row_lower, row_lower + n - 1}});
+  for (int32_t i = 0; i < n * width; ++i) {
+    t.set(column_lower + i % width, row_lower + i / width, Variant(rows[i / width][i % width]));
   }
   return t;
 }
 
 inline std::vector<String> Column(const SafeArray& table, int32_t column) {
   std::vector<String> out;
-  for (int32_t r = table.lbound(2); r <= table.ubound(2); ++r) out.push_back(table.get(column, r).asString());
+  for (int32_t r = table.lbound(2); r <= table.ubound(2); ++r) {
+    out.push_back(table.get(column, r).asString());
+  }
   return out;
 }
 
