@@ -12,53 +12,46 @@ namespace {
 
 using testing::Column;
 using testing::Table;
+using testing::Words;
 
 enum Sort { kBubble, kSelection, kQuick };
 const char* const kNames[] = {"SortBubble", "SortSelection", "SortQuick"};
 
-// Sorts every row (or element) of `a`.
-bool SortAll(Sort sort, SafeArray& a, const Variant& column, bool hi_to_low, int32_t mode) {
+// Sorts rows (or elements) `lo` to `hi` of `a`; SortBubble always sorts them all.
+bool SortRows(Sort sort, SafeArray& a, int32_t lo, int32_t hi, const Variant& column,
+              bool hi_to_low = false, int32_t mode = vbBinaryCompare) {
   auto ar = New<clsZKArray>();
-  const int dim = column.isMissing() ? 1 : 2;
   if (sort == kBubble) return ar->SortBubble(a, column, hi_to_low, mode);
-  if (sort == kQuick) return ar->SortQuick(a, a.lbound(dim), a.ubound(dim), column, hi_to_low, mode);
-  return ar->SortSelection(a, a.lbound(dim), a.ubound(dim), column, hi_to_low, mode);
+  if (sort == kQuick) return ar->SortQuick(a, lo, hi, column, hi_to_low, mode);
+  return ar->SortSelection(a, lo, hi, column, hi_to_low, mode);
 }
 
 TEST(ArraySort, EqualKeysEndWhereTheStepsLeaveThem) {
-  // Rows of (tag, key, tag), columns and rows from 1, sorted on column 2.
-  auto rows = [](std::vector<String> tags) {
-    std::vector<std::vector<String>> out;
-    for (const String& t : tags) out.push_back({t, t.substr(0, 1), t});
-    return Table(out, 1, 1);
-  };
-  const SafeArray five = rows({u"b1", u"a1", u"b2", u"a2", u"c1"});
-  const SafeArray four = rows({u"b1", u"a1", u"a2", u"b2"});
-  const struct { const char* what; Sort sort; bool hi_to_low; const SafeArray& table;
-                 std::vector<String> tags_after; } cases[] = {
-      {"selection swaps b1 behind b2", kSelection, false, five, {u"a1", u"a2", u"b2", u"b1", u"c1"}},
-      {"selection descending", kSelection, true, five, {u"c1", u"b2", u"b1", u"a2", u"a1"}},
-      {"bubble keeps these in order", kBubble, false, five, {u"a1", u"a2", u"b1", u"b2", u"c1"}},
-      {"bubble descending", kBubble, true, five, {u"c1", u"b1", u"b2", u"a1", u"a2"}},
-      {"bubble's gap 2 pass reverses the a's", kBubble, false, four, {u"a2", u"a1", u"b1", u"b2"}},
-      {"bubble descending over four", kBubble, true, four, {u"b1", u"b2", u"a2", u"a1"}},
-      {"quick on five rows is selection", kQuick, false, five, {u"a1", u"a2", u"b2", u"b1", u"c1"}}};
+  // Rows of (tag, key, tag) from row 1, sorted on column 2: the key is the tag's letter.
+  const struct { const char* what; Sort sort; bool hi_to_low; const char *tags, *after; } cases[] = {
+      {"selection swaps b1 behind b2", kSelection, false, "b1 a1 b2 a2 c1", "a1 a2 b2 b1 c1"},
+      {"selection descending", kSelection, true, "b1 a1 b2 a2 c1", "c1 b2 b1 a2 a1"},
+      {"bubble keeps these in order", kBubble, false, "b1 a1 b2 a2 c1", "a1 a2 b1 b2 c1"},
+      {"bubble descending", kBubble, true, "b1 a1 b2 a2 c1", "c1 b1 b2 a1 a2"},
+      {"bubble's gap 2 pass reverses the a's", kBubble, false, "b1 a1 a2 b2", "a2 a1 b1 b2"},
+      {"bubble descending over four", kBubble, true, "b1 a1 a2 b2", "b1 b2 a2 a1"},
+      {"quick on five rows is selection", kQuick, false, "b1 a1 b2 a2 c1", "a1 a2 b2 b1 c1"}};
   for (const auto& c : cases) {
-    SafeArray t = c.table;
-    EXPECT_TRUE(SortAll(c.sort, t, Variant(int32_t{2}), c.hi_to_low, vbBinaryCompare)) << c.what;
-    EXPECT_EQ(Column(t, 1), c.tags_after) << c.what;
-    EXPECT_EQ(Column(t, 3), c.tags_after) << c.what << ": rows must move whole";
+    std::vector<std::vector<String>> rows;
+    for (const String& tag : Words(c.tags)) rows.push_back({tag, tag.substr(0, 1), tag});
+    SafeArray t = Table(rows, 1, 1);
+    EXPECT_TRUE(SortRows(c.sort, t, 1, t.ubound(2), 2, c.hi_to_low)) << c.what;
+    EXPECT_EQ(Column(t, 1), Words(c.after)) << c.what;
+    EXPECT_EQ(Column(t, 3), Words(c.after)) << c.what << ": rows must move whole";
   }
   // Text compare makes case variants equal keys; each sort leaves them where its steps do.
   ScopedLocale ru("ru_RU");
-  const std::vector<String> text_order[] = {{u"а", u"А", u"Б", u"б", u"В"},
-                                            {u"а", u"А", u"б", u"Б", u"В"},
-                                            {u"а", u"А", u"б", u"Б", u"В"}};
+  const char* const text_order[] = {"а А Б б В", "а А б Б В", "а А б Б В"};
   for (Sort sort : {kBubble, kSelection, kQuick}) {
     for (int32_t mode : {vbTextCompare, vbDatabaseCompare}) {
-      SafeArray a = SafeArray::FromStrings({u"Б", u"а", u"б", u"А", u"В"});
-      EXPECT_TRUE(SortAll(sort, a, Variant::Missing(), false, mode));
-      EXPECT_EQ(a.ToStrings(), text_order[sort]) << kNames[sort] << " mode " << mode;
+      SafeArray a = SafeArray::FromStrings(Words("Б а б А В"));
+      EXPECT_TRUE(SortRows(sort, a, 0, 4, Variant::Missing(), false, mode));
+      EXPECT_EQ(a.ToStrings(), Words(text_order[sort])) << kNames[sort] << " mode " << mode;
     }
   }
 }
@@ -82,16 +75,16 @@ TEST(ArraySort, EveryModeOrdersAndPermutesTablesAndLists) {
   const std::vector<String> keys = Column(original, 0), rows = Column(original, 2);
   for (int run = 0; run < 12; ++run) {
     const Sort sort = Sort(run / 4);
-    const bool hi_to_low = run & 1;
+    const bool down = run & 1;
     const int32_t mode = run & 2 ? vbTextCompare : vbBinaryCompare;
     auto in_order = [&](const String& a, const String& b) {
-      return CompareStrings(a, b, mode) * (hi_to_low ? -1 : 1) < 0;
+      return CompareStrings(a, b, mode) * (down ? -1 : 1) < 0;
     };
-    const std::string what = kNames[sort] + std::string(hi_to_low ? " down" : " up") +
-                             (mode ? " text" : " binary");
+    const std::string what = kNames[sort] + std::string(down ? " down" : " up") + " mode " +
+                             std::to_string(mode);
     SafeArray table = original, list = SafeArray::FromStrings(keys, 3);
-    ASSERT_TRUE(SortAll(sort, table, Variant(int32_t{0}), hi_to_low, mode)) << what;
-    ASSERT_TRUE(SortAll(sort, list, Variant::Missing(), hi_to_low, mode)) << what;
+    ASSERT_TRUE(SortRows(sort, table, 0, 1499, 0, down, mode)) << what;
+    ASSERT_TRUE(SortRows(sort, list, 3, 1502, Variant::Missing(), down, mode)) << what;
     const auto sorted_keys = Column(table, 0), ids = Column(table, 1), whole = Column(table, 2);
     EXPECT_TRUE(std::is_sorted(sorted_keys.begin(), sorted_keys.end(), in_order)) << what;
     EXPECT_TRUE(std::is_permutation(whole.begin(), whole.end(), rows.begin())) << what;
@@ -105,58 +98,50 @@ TEST(ArraySort, EveryModeOrdersAndPermutesTablesAndLists) {
 }
 
 TEST(ArraySort, QuickBelowTwentyOneRowsIsSelectionAndCopesWithEqualKeys) {
-  auto ar = New<clsZKArray>();
   for (uint32_t seed = 1; seed <= 20; ++seed) {
     const SafeArray original = RandomTable(30, seed);
     const int32_t mode = seed % 3 == 0 ? vbTextCompare : vbBinaryCompare;
     for (auto [lo, hi] : {std::pair{0, 19}, std::pair{5, 24}, std::pair{3, 4}}) {
       SafeArray quick = original, selection = original;
-      ASSERT_TRUE(ar->SortQuick(quick, lo, hi, Variant(int32_t{0}), seed % 2, mode));
-      ASSERT_TRUE(ar->SortSelection(selection, lo, hi, Variant(int32_t{0}), seed % 2, mode));
+      ASSERT_TRUE(SortRows(kQuick, quick, lo, hi, 0, seed % 2, mode));
+      ASSERT_TRUE(SortRows(kSelection, selection, lo, hi, 0, seed % 2, mode));
       EXPECT_EQ(quick, selection) << "seed " << seed << ", rows " << lo << " to " << hi;
     }
   }
   std::vector<String> same(5000, u"x");  // every partition as lopsided as it gets
   same[7] = u"a";
   SafeArray list = SafeArray::FromStrings(same);
-  ASSERT_TRUE(ar->SortQuick(list, 0, 4999));
+  ASSERT_TRUE(SortRows(kQuick, list, 0, 4999, Variant::Missing()));
   EXPECT_EQ(list.get(0), Variant(u"a"));
   EXPECT_EQ(list.get(4999), Variant(u"x"));
 }
 
 TEST(ArraySort, SortsOtherValuesByTheirTextAndLeavesShortRangesAlone) {
-  auto ar = New<clsZKArray>();
-  SafeArray a = SafeArray::FromVariants({Variant(int32_t{10}), Variant(u"9"), Variant(), Variant(true)});
-  ASSERT_TRUE(ar->SortBubble(a));
-  EXPECT_EQ(a, SafeArray::FromVariants({Variant(), Variant(int32_t{10}), Variant(u"9"), Variant(true)}));
+  SafeArray a = SafeArray::FromVariants({10, u"9", Variant(), true});
+  ASSERT_TRUE(SortRows(kBubble, a, 0, 0, Variant::Missing()));
+  EXPECT_EQ(a, SafeArray::FromVariants({Variant(), 10, u"9", true})) << "\"\" < 10 < 9 < True";
   SafeArray never(VarType::kString), one = SafeArray::FromStrings({u"only"});
-  EXPECT_TRUE(ar->SortSelection(never, 4, 4));
-  EXPECT_TRUE(ar->SortQuick(never, 9, 2, Variant(u"not a column")));
-  EXPECT_TRUE(ar->SortBubble(one));
+  EXPECT_TRUE(SortRows(kSelection, never, 4, 4, Variant::Missing()));
+  EXPECT_TRUE(SortRows(kQuick, never, 9, 2, u"not a column"));
+  EXPECT_TRUE(SortRows(kBubble, one, 0, 0, Variant::Missing()));
 }
 
 TEST(ArraySort, ErrorsAreRaisedAgainUnderTheSortsOwnNumbers) {
-  const SafeArray table = Table({{u"c", u"1"}, {u"b", u"2"}});
-  const struct { const char* what; Sort sort; SafeArray array; int32_t lo, hi; Variant column;
-                 RuntimeError cause; } cases[] = {
-      {"a never-dimensioned array", kBubble, SafeArray(VarType::kString), 0, 0, Variant::Missing(),
-       RuntimeError::kSubscriptOutOfRange},
-      {"a column that is not a number", kSelection, table, 0, 1, Variant(u"key"),
-       RuntimeError::kTypeMismatch},
-      {"a Null element", kQuick, SafeArray::FromVariants({Variant(u"b"), Variant::Null()}), 0, 1,
-       Variant::Missing(), RuntimeError::kInvalidUseOfNull}};
-  const int32_t numbers[] = {xcZKERR_ARRAY_SORTBUBBLE, xcZKERR_ARRAY_SORTSEL, xcZKERR_ARRAY_SORTQUICK};
-  auto ar = New<clsZKArray>();
+  const struct { const char* what; Sort sort; SafeArray array; Variant column; RuntimeError cause; }
+      cases[] = {
+          {"a never-dimensioned array", kBubble, SafeArray(VarType::kString), Variant::Missing(),
+           RuntimeError::kSubscriptOutOfRange},
+          {"a column that is not a number", kSelection, Table({{u"c"}, {u"b"}}), u"key",
+           RuntimeError::kTypeMismatch},
+          {"a Null element", kQuick, SafeArray::FromVariants({u"b", Variant::Null()}),
+           Variant::Missing(), RuntimeError::kInvalidUseOfNull}};
+  const int32_t numbers[] = {xcZKERR_ARRAY_SORTBUBBLE, xcZKERR_ARRAY_SORTSEL,
+                             xcZKERR_ARRAY_SORTQUICK};
   for (const auto& c : cases) {
     SafeArray a = c.array;
-    testing::ExpectError(
-        [&] {
-          if (c.sort == kBubble) ar->SortBubble(a, c.column);
-          if (c.sort == kSelection) ar->SortSelection(a, c.lo, c.hi, c.column);
-          if (c.sort == kQuick) ar->SortQuick(a, c.lo, c.hi, c.column);
-        },
-        numbers[c.sort], u"ZKRuntimeLib.clsZKArray." + FromAscii(kNames[c.sort]),
-        RuntimeErrorText(static_cast<int32_t>(c.cause)), c.what);
+    testing::ExpectError([&] { SortRows(c.sort, a, 0, 1, c.column); }, numbers[c.sort],
+                         u"ZKRuntimeLib.clsZKArray." + FromAscii(kNames[c.sort]),
+                         RuntimeErrorText(static_cast<int32_t>(c.cause)), c.what);
     EXPECT_EQ(a, c.array) << c.what << ": the array must be left as it was";
   }
 }

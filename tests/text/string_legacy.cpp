@@ -1,6 +1,5 @@
 // clsZKString: packed numbers, ConvWin2Dos, IsVarEQ, StrToVarNull.
 #include <bit>
-#include <limits>
 
 #include "text/text_test_util.h"
 #include "tsruntime/automation/codepage.h"
@@ -16,20 +15,18 @@ TEST(StringLegacy, ConvMKPacksLittleEndianBytesAndConvCVUnpacksThemBitForBit) {
   EXPECT_EQ(s->ConvMKS(1.0f), AnsiToString(std::vector<uint8_t>{0, 0, 0x80, 0x3F}));
   EXPECT_EQ(s->ConvMKD(0.0), String(8, u'\0')) << "zero bytes are kept, not trimmed";
   EXPECT_EQ(s->ConvMKI(int16_t(0xC1C0)), u"АБ") << "bytes go through the ANSI code page";
-  // -0, NaN payloads, -infinity, 1.
+  // Each pattern read as a Double, its top half as a Single, its low half as a Long and its
+  // top quarter as an Integer: -0, NaN payloads, infinities, extremes.
   for (uint64_t bits : {0x8000000000000000u, 0xFFF8000000000123u, 0x7FF0000000000001u,
-                        0xFFF0000000000000u, 0x3FF0000000000000u}) {
-    String packed = s->ConvMKD(std::bit_cast<double>(bits));
-    EXPECT_EQ(std::bit_cast<uint64_t>(s->ConvCVD(packed)), bits) << std::hex << bits;
-  }
-  for (uint32_t bits : {0x80000000u, 0x7FC00001u, 0xFF800001u, 0x3F800000u}) {
-    String packed = s->ConvMKS(std::bit_cast<float>(bits));
-    EXPECT_EQ(std::bit_cast<uint32_t>(s->ConvCVS(packed)), bits) << std::hex << bits;
-  }
-  for (int32_t i : {-1, INT32_MIN, int32_t(0x98AD1A00u)}) {
-    String packed = s->ConvMKL(i), packed16 = s->ConvMKI(int16_t(i));
-    EXPECT_EQ(s->ConvCVL(packed), i);
-    EXPECT_EQ(s->ConvCVI(packed16), int16_t(i));
+                        0xFFF0000000000000u, 0x7FC0000198AD1A00u, 0xFF80000080000000u,
+                        0x7FEFFFFFFFFFFFFFu}) {
+    const uint32_t high = bits >> 32;
+    String d = s->ConvMKD(std::bit_cast<double>(bits)), f = s->ConvMKS(std::bit_cast<float>(high));
+    String l = s->ConvMKL(int32_t(bits)), i = s->ConvMKI(int16_t(high >> 16));
+    EXPECT_EQ(std::bit_cast<uint64_t>(s->ConvCVD(d)), bits) << std::hex << bits;
+    EXPECT_EQ(std::bit_cast<uint32_t>(s->ConvCVS(f)), high) << std::hex << bits;
+    EXPECT_EQ(s->ConvCVL(l), int32_t(bits)) << std::hex << bits;
+    EXPECT_EQ(s->ConvCVI(i), int16_t(high >> 16)) << std::hex << bits;
   }
   String shorter = u"A", longer = u"ABxyz", unmapped = u"A中";
   EXPECT_EQ(s->ConvCVL(shorter), 65) << "missing bytes read as zero";
@@ -56,17 +53,15 @@ TEST(StringLegacy, IsVarEQTreatsEmptyAndNullAsValuesAndStrToVarNullBlanksToNull)
   const Variant empty, null = Variant::Null(), array(SafeArray::FromStrings({u"a"}));
   auto s = New<clsZKString>();
   EXPECT_TRUE(s->IsVarEQ(empty, empty) && s->IsVarEQ(null, null));
-  EXPECT_TRUE(s->IsVarEQ(Variant(int16_t{1}), Variant(1.0)) && s->IsVarEQ(Variant(true), -1));
-  EXPECT_FALSE(s->IsVarEQ(null, empty) || s->IsVarEQ(Variant(int32_t{0}), empty) ||
-               s->IsVarEQ(Variant(u""), empty));
-  EXPECT_FALSE(s->IsVarEQ(Variant(u"a"), Variant(u"A"))) << "strings compare binary";
-  EXPECT_FALSE(s->IsVarEQ(Variant(u"1"), Variant(int32_t{1}))) << "a string equals only strings";
+  EXPECT_TRUE(s->IsVarEQ(int16_t{1}, 1.0) && s->IsVarEQ(true, -1)) << "numbers compare by value";
+  EXPECT_FALSE(s->IsVarEQ(null, empty) || s->IsVarEQ(0, empty) || s->IsVarEQ(u"", empty));
+  EXPECT_FALSE(s->IsVarEQ(u"a", u"A")) << "strings compare binary";
+  EXPECT_FALSE(s->IsVarEQ(u"1", 1)) << "a string equals only strings";
   EXPECT_FALSE(s->IsVarEQ(array, array)) << "arrays cannot be compared";
-
-  EXPECT_TRUE(s->StrToVarNull(Variant(u"")).isNull() && s->StrToVarNull(Variant(5)).isNull() &&
+  EXPECT_TRUE(s->StrToVarNull(u"").isNull() && s->StrToVarNull(5).isNull() &&
               s->StrToVarNull(empty, 3).isNull());
-  EXPECT_EQ(s->StrToVarNull(Variant(u"abcdef"), 3), Variant(u"abc"));
-  EXPECT_EQ(s->StrToVarNull(Variant(u"  ")), Variant(u"  ")) << "spaces are not blank";
+  EXPECT_EQ(s->StrToVarNull(u"abcdef", 3), Variant(u"abc"));
+  EXPECT_EQ(s->StrToVarNull(u"  "), Variant(u"  ")) << "spaces are not blank";
 }
 
 }  // namespace

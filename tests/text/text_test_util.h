@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -51,6 +52,14 @@ inline Currency Amount(std::string_view text) {
   }
   for (int d = decimals < 0 ? 0 : decimals; d < 4; ++d) raw *= 10;
   return Currency::FromRaw(static_cast<int64_t>(text[0] == '-' ? 0 - raw : raw));
+}
+
+// The words of `text` (UTF-8, separated by spaces) as strings.
+inline std::vector<String> Words(const std::string& text) {
+  std::istringstream in(text);
+  std::vector<String> out;
+  for (std::string word; in >> word;) out.push_back(FromUtf8(word));
+  return out;
 }
 
 // A table holding `rows`, columns from `column_lower`, rows from `row_lower`.
