@@ -1,8 +1,6 @@
 // clsZKArray: FindInArray, IsArrayNothing, RoundArrayCurrency, and the written-back
 // arguments of a late-bound caller.
-#include <algorithm>
 #include <random>
-#include <sstream>
 
 #include "text/text_test_util.h"
 #include "tsruntime/clsZKArray.h"
@@ -10,83 +8,72 @@
 namespace tsruntime {
 namespace {
 
-using testing::Table;
+using testing::Words;
 
 TEST(ArrayFind, ReportsTheIndexFoundOrWhereToInsert) {
-  const std::vector<String> up = {u"b", u"d", u"f"}, down = {u"f", u"d", u"b"};
-  const struct { const char* what; const std::vector<String>& sorted; int32_t lower; String search;
-                 bool hi_to_low; int32_t mode; bool found; int32_t at; } cases[] = {
-      {"below every element: the lower bound", up, 0, u"a", false, 0, false, 0},
-      {"the last element", up, 0, u"f", false, 0, true, 2},
-      {"between the first two", up, 0, u"c", false, 0, false, 1},
-      {"above every element: the upper bound + 1", up, 0, u"g", false, 0, false, 3},
-      {"bounds from 10", up, 10, u"e", false, 0, false, 12},
-      {"bounds from -1: the midpoint of -1 and 0 is 0", up, -1, u"a", false, 0, false, -1},
-      {"bounds from -1, found below the midpoint", up, -1, u"b", false, 0, true, -1},
-      {"descending, above every element", down, 0, u"g", true, 0, false, 0},
-      {"descending, below every element", down, 0, u"a", true, 0, false, 3},
-      {"binary compare: capitals sort first", up, 0, u"D", false, 0, false, 0},
-      {"text compare: D finds d", up, 0, u"D", false, 1, true, 1}};
+  const struct { const char* what; const char* sorted; int32_t lower; String search; bool down;
+                 int32_t mode; bool found; int32_t at; } cases[] = {
+      {"below every element: the lower bound", "b d f", 0, u"a", false, 0, false, 0},
+      {"the last element", "b d f", 0, u"f", false, 0, true, 2},
+      {"between the first two", "b d f", 0, u"c", false, 0, false, 1},
+      {"above every element: the upper bound + 1", "b d f", 0, u"g", false, 0, false, 3},
+      {"bounds from 10", "b d f", 10, u"e", false, 0, false, 12},
+      {"bounds from -1: the midpoint of -1 and 0 is 0", "b d f", -1, u"a", false, 0, false, -1},
+      {"bounds from -1, found below the midpoint", "b d f", -1, u"b", false, 0, true, -1},
+      {"descending, above every element", "f d b", 0, u"g", true, 0, false, 0},
+      {"descending, below every element", "f d b", 0, u"a", true, 0, false, 3},
+      {"binary compare: capitals sort first", "b d f", 0, u"D", false, 0, false, 0},
+      {"text compare: D finds d", "b d f", 0, u"D", false, 1, true, 1}};
   auto ar = New<clsZKArray>();
   for (const auto& c : cases) {
     int32_t at = 12345;
-    const SafeArray a = SafeArray::FromStrings(c.sorted, c.lower);
-    EXPECT_EQ(ar->FindInArray(a, c.search, &at, c.hi_to_low, c.mode), c.found) << c.what;
+    const SafeArray a = SafeArray::FromStrings(Words(c.sorted), c.lower);
+    EXPECT_EQ(ar->FindInArray(a, c.search, &at, c.down, c.mode), c.found) << c.what;
     EXPECT_EQ(at, c.at) << c.what;
   }
-  const SafeArray t = Table({{u"x", u"ab"}, {u"y", u"cd"}, {u"z", u"ef"}, {u"w", u"gh"}}, 1, 5);
+  const SafeArray t = testing::Table({{u"x", u"ab"}, {u"y", u"cd"}, {u"z", u"ef"}}, 1, 5);
   int32_t at = 0;
-  EXPECT_TRUE(ar->FindInArray(t, u"ef", &at, false, 0, Variant(int32_t{2})));
-  EXPECT_EQ(at, 7) << "a table searched in column 2";
-  EXPECT_FALSE(ar->FindInArray(t, u"ce", &at, false, 0, Variant(u"2")));
-  EXPECT_EQ(at, 7) << "the column given as text";
-  for (Variant column : {Variant::Missing(), Variant(int32_t{0})}) {
-    testing::ExpectRuntimeError(
-        [&] { ar->FindInArray(SafeArray::FromStrings({}), u"a", &at, false, 0, column); },
-        RuntimeError::kSubscriptOutOfRange, "an empty array");
+  EXPECT_TRUE(ar->FindInArray(t, u"ef", &at, false, 0, 2) && at == 7) << "column 2, at " << at;
+  EXPECT_FALSE(ar->FindInArray(t, u"ce", &at, false, 0, u"2")) << "the column given as text";
+  EXPECT_EQ(at, 7);
+  for (const auto& [array, column] : {std::pair{SafeArray::FromStrings({}), Variant::Missing()},
+                                      std::pair{t, Variant(3)}}) {
+    testing::ExpectRuntimeError([&] { ar->FindInArray(array, u"a", &at, false, 0, column); },
+                                RuntimeError::kSubscriptOutOfRange, "nothing to search");
   }
-  testing::ExpectRuntimeError([&] { ar->FindInArray(t, u"a", &at, false, 0, Variant(int32_t{3})); },
-                              RuntimeError::kSubscriptOutOfRange, "a column outside the table");
-}
-
-TEST(ArrayFind, FindsEveryElementOfALargeArrayAndPlacesEveryGap) {
-  std::vector<String> sorted;
-  for (int i = 0; i < 1000; ++i) sorted.push_back(FromAscii(std::to_string(100000 + 2 * i)));
-  const SafeArray a = SafeArray::FromStrings(sorted, 1);
-  auto ar = New<clsZKArray>();
+  // Every element of a long sorted array is found where it is, and every gap placed after it.
+  std::vector<String> even;
+  for (int i = 0; i < 1000; ++i) even.push_back(FromAscii(std::to_string(100000 + 2 * i)));
+  const SafeArray a = SafeArray::FromStrings(even, 1);
   for (int i = 0; i < 1000; ++i) {
-    int32_t at = 0, gap = 0;
-    ASSERT_TRUE(ar->FindInArray(a, sorted[i], &at)) << i;
+    int32_t gap = 0;
+    ASSERT_TRUE(ar->FindInArray(a, even[i], &at) && at == i + 1) << i << " at " << at;
     ASSERT_FALSE(ar->FindInArray(a, FromAscii(std::to_string(100001 + 2 * i)), &gap)) << i;
-    ASSERT_EQ(at, i + 1) << "element " << i;
     ASSERT_EQ(gap, i + 2) << "the gap after element " << i;
   }
 }
 
 TEST(ArrayNothing, IsTrueForAnythingWithoutElements) {
   auto ar = New<clsZKArray>();
-  EXPECT_TRUE(ar->IsArrayNothing(Variant()));
-  EXPECT_TRUE(ar->IsArrayNothing(Variant(u"abc")));
-  EXPECT_TRUE(ar->IsArrayNothing(Variant(SafeArray(VarType::kString)))) << "never dimensioned";
-  EXPECT_TRUE(ar->IsArrayNothing(Variant(SafeArray(VarType::kString, {Bounds{5, 4}}))));
-  EXPECT_FALSE(ar->IsArrayNothing(Variant(SafeArray::FromStrings({u""}))));
-  EXPECT_FALSE(ar->IsArrayNothing(Variant(SafeArray(VarType::kString, {Bounds{1, 2}, Bounds{0, -1}}))))
+  EXPECT_TRUE(ar->IsArrayNothing(Variant()) && ar->IsArrayNothing(u"abc"));
+  EXPECT_TRUE(ar->IsArrayNothing(SafeArray(VarType::kString))) << "never dimensioned";
+  EXPECT_TRUE(ar->IsArrayNothing(SafeArray(VarType::kString, {Bounds{5, 4}})));
+  EXPECT_FALSE(ar->IsArrayNothing(SafeArray::FromStrings({u""})));
+  EXPECT_FALSE(ar->IsArrayNothing(SafeArray(VarType::kString, {Bounds{1, 2}, Bounds{0, -1}})))
       << "only the first dimension counts";
 }
 
 // Amounts written as in the host language, separated by spaces, from index `lower`.
 SafeArray Amounts(const std::string& text, int32_t lower = 0) {
-  std::istringstream in(text);
-  std::vector<Currency> v;
-  for (std::string word; in >> word;) v.push_back(testing::Amount(word));
-  SafeArray a(VarType::kCurrency, {Bounds{lower, lower + static_cast<int32_t>(v.size()) - 1}});
-  for (size_t i = 0; i < v.size(); ++i) a.set(lower + static_cast<int32_t>(i), Variant(v[i]));
+  std::vector<Variant> amounts;
+  for (const String& word : Words(text)) amounts.push_back(testing::Amount(ToUtf8(word)));
+  SafeArray a(VarType::kCurrency, {Bounds{lower, lower + int32_t(amounts.size()) - 1}});
+  for (int32_t i = 0; i < int32_t(amounts.size()); ++i) a.set(lower + i, amounts[i]);
   return a;
 }
 
 TEST(ArrayRoundCurrency, RoundsToKopecksThatAddUpToTheRoundedTotal) {
-  const Variant none, first(int32_t{0}), as_text(u"1");
-  const Variant list(SafeArray::FromVariants({Variant(int32_t{0}), Variant(int16_t{2})}));
+  const Variant none, first(0), as_text(u"1"), list(SafeArray::FromVariants({0, int16_t{2}}));
   const struct { const char* what; const char* amounts; const Variant& keep; const char* rounded;
                  int32_t lower = 0; } cases[] = {
       {"each rounds alone when the totals agree", "1.004 2.006 -3.07", none, "1.00 2.01 -3.07"},
@@ -98,7 +85,7 @@ TEST(ArrayRoundCurrency, RoundsToKopecksThatAddUpToTheRoundedTotal) {
       {"a kept amount is copied as it is", "1.2345 2.005 3.005", first, "1.2345 2.00 3.01"},
       {"kept indexes in an array", "0.005 0.005 0.005 0.005", list, "0.005 0.00 0.005 0.01"},
       {"a kept index given as text", "0.005 0.005", as_text, "0.01 0.005"},
-      {"bounds from 5, index 6 kept", "1.111 2.222 3.333", Variant(int32_t{6}), "1.11 2.222 3.33", 5},
+      {"bounds from 5, index 6 kept", "1.111 2.222 3.333", Variant(6), "1.11 2.222 3.33", 5},
       {"an empty array", "", none, ""}};
   auto ar = New<clsZKArray>();
   for (const auto& c : cases) {
@@ -106,18 +93,14 @@ TEST(ArrayRoundCurrency, RoundsToKopecksThatAddUpToTheRoundedTotal) {
     ASSERT_TRUE(ar->RoundArrayCurrency(Amounts(c.amounts, c.lower), rounded, c.keep)) << c.what;
     EXPECT_EQ(rounded, Amounts(c.rounded, c.lower)) << c.what;
   }
-}
-
-TEST(ArrayRoundCurrency, KeepsTheRoundedSumOverRandomAmounts) {
   std::mt19937_64 rng(3);
-  auto ar = New<clsZKArray>();
   for (int round = 0; round < 300; ++round) {
     SafeArray amounts(VarType::kCurrency, {Bounds{0, static_cast<int32_t>(rng() % 40)}}), rounded;
-    int64_t exact = 0, total = 0;
     for (int32_t i = 0; i <= amounts.ubound(); ++i) {
-      amounts.set(i, Variant(Currency::FromRaw(static_cast<int64_t>(rng() % 20000001) - 10000000)));
+      amounts.set(i, Currency::FromRaw(static_cast<int64_t>(rng() % 20000001) - 10000000));
     }
-    ASSERT_TRUE(ar->RoundArrayCurrency(amounts, rounded, Variant()));
+    ASSERT_TRUE(ar->RoundArrayCurrency(amounts, rounded, none));
+    int64_t exact = 0, total = 0;
     for (int32_t i = 0; i <= amounts.ubound(); ++i) {
       const int64_t before = amounts.get(i).asCurrency().raw, after = rounded.get(i).asCurrency().raw;
       ASSERT_TRUE(after % 100 == 0 && std::abs(after - before) < 100) << round << ", index " << i;
@@ -129,13 +112,12 @@ TEST(ArrayRoundCurrency, KeepsTheRoundedSumOverRandomAmounts) {
 }
 
 TEST(ArrayRoundCurrency, ReturnsFalseAndLeavesTheResultAloneOnBadInput) {
-  std::vector<Variant> top_and_crumbs(11, Variant(Currency::FromRaw(6)));
-  top_and_crumbs[0] = Variant(Currency::FromRaw(INT64_MAX));  // the total needs one more kopeck
+  std::vector<Variant> top_and_crumbs(11, Currency::FromRaw(6));
+  top_and_crumbs[0] = Currency::FromRaw(INT64_MAX);  // the total needs one more kopeck
   const struct { const char* what; SafeArray amounts; Variant keep; } cases[] = {
       {"a never-dimensioned array", SafeArray(VarType::kCurrency), Variant()},
-      {"an amount that is not a number", SafeArray::FromVariants({Variant(u"1,5x")}), Variant()},
-      {"a bad index in an array", Amounts("1.00"),
-       Variant(SafeArray::FromVariants({Variant(int32_t{0}), Variant(int32_t{-1})}))},
+      {"an amount that is not a number", SafeArray::FromVariants({u"1,5x"}), Variant()},
+      {"a bad index in an array", Amounts("1.00"), SafeArray::FromVariants({0, -1})},
       {"an index that is an object", Amounts("1.00"), Variant::Nothing()},
       {"a result beyond the Currency range", SafeArray::FromVariants(top_and_crumbs), Variant()}};
   auto ar = New<clsZKArray>();
@@ -148,16 +130,16 @@ TEST(ArrayRoundCurrency, ReturnsFalseAndLeavesTheResultAloneOnBadInput) {
 
 TEST(ArrayByName, WritesSortedArraysRowIndexesAndRoundedAmountsBack) {
   Ref<Object> ar = CreateObject(u"TSRuntimeLib.clsZKArray");
-  std::vector<Argument> args{{u"", SafeArray::FromStrings({u"b", u"A", u"a", u"B"})},
-                             {u"ComareMethod", int32_t{vbTextCompare}}};
+  std::vector<Argument> args{{u"", SafeArray::FromStrings(Words("b A a B"))},
+                             {u"ComareMethod", vbTextCompare}};
   EXPECT_EQ(testing::Call(ar, u"SortBubble", args), Variant(true));
-  EXPECT_EQ(args[0].value.asArray().ToStrings(), (std::vector<String>{u"a", u"A", u"b", u"B"}));
+  EXPECT_EQ(args[0].value.asArray().ToStrings(), Words("a A b B"));
   args[1].name = u"CompareMethod";
   testing::ExpectRuntimeError([&] { testing::Call(ar, u"SortBubble", args); },
                               RuntimeError::kNamedArgumentNotFound, "spelt ComareMethod");
-  args = {{u"", SafeArray::FromStrings({u"a", u"c"})}, {u"", u"b"}, {u"RowIndexBuf", int16_t{7}}};
+  args = {{u"", SafeArray::FromStrings(Words("a c"))}, {u"", u"b"}, {u"RowIndexBuf", int16_t{7}}};
   EXPECT_EQ(testing::Call(ar, u"FindInArray", args), Variant(false));
-  EXPECT_EQ(args[2].value, Variant(int32_t{1}));
+  EXPECT_EQ(args[2].value, Variant(1));
   args = {{u"", Amounts("0.125 0.125")}, {u"", SafeArray(VarType::kCurrency)}, {u"", Variant()}};
   EXPECT_EQ(testing::Call(ar, u"RoundArrayCurrency", args), Variant(true));
   EXPECT_EQ(args[1].value.asArray(), Amounts("0.12 0.13"));
