@@ -76,31 +76,25 @@ Bytes Padded(Bytes message) {
 
 class Md5 : public ::testing::Test {
  protected:
-  Md5() { std::filesystem::create_directories(dir_); }
-  ~Md5() override { std::filesystem::remove_all(dir_); }
+  ~Md5() override { std::filesystem::remove(file_); }
 
-  std::string Write(const std::string& name, const Bytes& bytes) {
-    const std::string file = (dir_ / name).string();
-    std::ofstream(file, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
-                                                static_cast<std::streamsize>(bytes.size()));
-    return file;
-  }
-  // md5sum's digest of `file`, in upper case.
-  std::string Md5sum(const std::string& file) {
-    FILE* p = ::popen(("md5sum '" + file + "'").c_str(), "r");
+  // Writes `bytes` to the test's file and returns md5sum's digest of it, in upper case.
+  std::string Md5sum(const Bytes& bytes) {
+    std::ofstream(file_, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
+                                                 static_cast<std::streamsize>(bytes.size()));
+    FILE* p = ::popen(("md5sum '" + file_ + "'").c_str(), "r");
     std::string hex(32, ' ');
-    EXPECT_TRUE(p && std::fread(hex.data(), 1, 32, p) == 32) << "md5sum of " << file;
+    EXPECT_TRUE(p && std::fread(hex.data(), 1, 32, p) == 32) << "md5sum of " << file_;
     if (p) ::pclose(p);
     for (char& c : hex) c = static_cast<char>(std::toupper(c));
     return hex;
   }
-  std::string Md5sum(const Bytes& bytes) { return Md5sum(Write("md5sum-input", bytes)); }
   std::string DigestOfFile(const std::string& file) {
     return ToUtf8(New<clsZKmd5>()->DigestFileToHexStr(FromUtf8(file)));
   }
 
-  const std::filesystem::path dir_ =
-      std::filesystem::temp_directory_path() / ("tsruntime-md5-" + std::to_string(::getpid()));
+  const std::string file_ = std::filesystem::temp_directory_path() /
+                            ("tsruntime-md5-" + std::to_string(::getpid()));
 };
 
 TEST_F(Md5, StringsAndFilesMatchMd5sumOrTheClassesOwnPadding) {
@@ -110,18 +104,19 @@ TEST_F(Md5, StringsAndFilesMatchMd5sumOrTheClassesOwnPadding) {
   auto md5 = New<clsZKmd5>();
   for (size_t n : lengths) {
     const Bytes m = Pattern(n, n);
-    const std::string file = Write("message", m), expected = DigestOfBlocks(Padded(m));
+    const std::string expected = DigestOfBlocks(Padded(m));
     // The reference agrees with md5sum exactly where the class pads as RFC 1321 does.
-    EXPECT_EQ(expected == Md5sum(file), !OwnPadding(n)) << n << " bytes: the padding rule";
+    EXPECT_EQ(expected == Md5sum(m), !OwnPadding(n)) << n << " bytes: the padding rule";
     if (n <= 200) {
       EXPECT_EQ(ToUtf8(md5->DigestStrToHexStr(AnsiToString(m))), expected) << n << " bytes";
     }
     // A file's last whole record is never hashed: the digest is that of the rest.
-    EXPECT_EQ(DigestOfFile(file),
+    EXPECT_EQ(DigestOfFile(file_),
               n > 0 && n % 64 == 0 ? DigestOfBlocks(Padded(Slice(m, 0, n - 64))) : expected)
         << n << "-byte file";
   }
-  EXPECT_EQ(DigestOfFile(Write("64", Pattern(64, 1))), "D41D8CD98F00B204E9800998ECF8427E");
+  Md5sum(Pattern(64, 1));
+  EXPECT_EQ(DigestOfFile(file_), "D41D8CD98F00B204E9800998ECF8427E") << "64 bytes as a file";
 }
 
 TEST_F(Md5, TextGoesThroughTheAnsiCodePageUpTo32767CharactersAndFilesMustExist) {
@@ -135,7 +130,7 @@ TEST_F(Md5, TextGoesThroughTheAnsiCodePageUpTo32767CharactersAndFilesMustExist) 
   EXPECT_EQ(ToUtf8(md5->DigestStrToHexStr(AnsiToString(longest))), DigestOfBlocks(Padded(longest)));
   ExpectRuntimeError([&] { md5->DigestStrToHexStr(String(32768, u'a')); },
                      RuntimeError::kOverflow, "32,768 characters");
-  ExpectRuntimeError([&] { DigestOfFile((dir_ / "missing").string()); },
+  ExpectRuntimeError([&] { DigestOfFile(file_ + ".missing"); },
                      RuntimeError::kFileNotFound, "a missing file");
 }
 

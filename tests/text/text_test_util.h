@@ -41,17 +41,12 @@ inline Variant Call(const Ref<Object>& object, StringView member, std::vector<Ar
 }
 
 // An amount written as in the host language ("-1234.5678"), exactly.
-inline Currency Amount(std::string_view text) {
-  uint64_t raw = 0;
-  int decimals = -1;
-  for (char c : text) {
-    if (c == '.') decimals = 0;
-    if (c < '0') continue;
-    raw = raw * 10 + static_cast<uint64_t>(c - '0');
-    if (decimals >= 0) ++decimals;
-  }
-  for (int d = decimals < 0 ? 0 : decimals; d < 4; ++d) raw *= 10;
-  return Currency::FromRaw(static_cast<int64_t>(text[0] == '-' ? 0 - raw : raw));
+inline Currency Amount(std::string text) {
+  const bool negative = text[0] == '-';
+  if (text.find('.') == std::string::npos) text += '.';
+  text.append(4 - (text.size() - text.find('.') - 1), '0').erase(text.find('.'), 1);
+  const uint64_t raw = std::stoull(text.substr(negative));
+  return Currency::FromRaw(static_cast<int64_t>(negative ? 0 - raw : raw));
 }
 
 // The words of `text` (UTF-8, separated by spaces) as strings.
