@@ -15,13 +15,13 @@ TEST(ArrayFind, ReportsTheIndexFoundOrWhereToInsert) {
                  int32_t mode; bool found; int32_t at; } cases[] = {
       {"below every element: the lower bound", "b d f", 0, u"a", false, 0, false, 0},
       {"above every element: the upper bound + 1", "b d f", 0, u"g", false, 0, false, 3},
-      {"bounds from 10", "b d f", 10, u"e", false, 0, false, 12},
       {"bounds from -1: the midpoint of -1 and 0 is 0", "b d f", -1, u"a", false, 0, false, -1},
       {"bounds from -1, found below the midpoint", "b d f", -1, u"b", false, 0, true, -1},
       {"descending, above every element", "f d b", 0, u"g", true, 0, false, 0},
       {"descending, below every element", "f d b", 0, u"a", true, 0, false, 3},
       {"binary compare: capitals sort first", "b d f", 0, u"D", false, 0, false, 0},
-      {"text compare: D finds d", "b d f", 0, u"D", false, 1, true, 1}};
+      {"text compare: D finds d", "b d f", 0, u"D", false, 1, true, 1},
+      {"database compare as text", "b d f", 0, u"D", false, 2, true, 1}};
   auto ar = New<clsZKArray>();
   for (const auto& c : cases) {
     int32_t at = 12345;
@@ -71,7 +71,6 @@ TEST(ArrayRoundCurrency, RoundsToKopecksThatAddUpToTheRoundedTotalOrReturnsFalse
   const Variant none, first(0), as_text(u"1"), list(SafeArray::FromVariants({0, int16_t{2}}));
   const struct { const char* what; const char* amounts; const Variant& keep; const char* rounded;
                  int32_t lower = 0; } cases[] = {
-      {"each rounds alone when the totals agree", "1.004 2.006 -3.07", none, "1.00 2.01 -3.07"},
       {"half a kopeck rounds away from zero", "0.005 -0.015", none, "0.01 -0.02"},
       {"30.015 is 30.02: the first gives one back", "10.005 10.005 10.005", none,
        "10.00 10.01 10.01"},

@@ -44,27 +44,16 @@ TEST(ArraySort, EqualKeysEndWhereTheStepsLeaveThem) {
     EXPECT_EQ(Column(t, 1), Words(c.after)) << c.what;
     EXPECT_EQ(Column(t, 3), Words(c.after)) << c.what << ": rows must move whole";
   }
-  // Text compare makes case variants equal keys; each sort leaves them where its steps do.
-  ScopedLocale ru("ru_RU");
-  const char* const text_order[] = {"а А Б б В", "а А б Б В", "а А б Б В"};
-  for (Sort sort : {kBubble, kSelection, kQuick}) {
-    for (int32_t mode : {vbTextCompare, vbDatabaseCompare}) {
-      SafeArray a = SafeArray::FromStrings(Words("Б а б А В"));
-      EXPECT_TRUE(SortRows(sort, a, 0, 4, Variant::Missing(), false, mode));
-      EXPECT_EQ(a.ToStrings(), Words(text_order[sort])) << kNames[sort] << " mode " << mode;
-    }
-  }
 }
 
 // `n` rows of (a key with many repeats and case variants, row number, key#row number).
 SafeArray RandomTable(int n, uint32_t seed) {
-  static const StringView kPieces = u"aAbBёЁежя ";
   std::mt19937 rng(seed);
   std::vector<std::vector<String>> rows;
   for (int i = 0; i < n; ++i) {
-    String key;
-    for (int k = rng() % 4; k > 0; --k) key += kPieces[rng() % kPieces.size()];
-    rows.push_back({key, FromAscii(std::to_string(i)), key + u"#" + FromAscii(std::to_string(i))});
+    String key, id = FromAscii(std::to_string(i));
+    for (int k = rng() % 4; k > 0; --k) key += u"aAbBёЁежя "[rng() % 10];
+    rows.push_back({key, id, key + u"#" + id});
   }
   return Table(rows);
 }

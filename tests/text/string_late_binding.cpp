@@ -21,13 +21,8 @@ TEST(StringByName, TakesItsOwnParameterNamesAndWritesArgumentsBack) {
   EXPECT_EQ(Call(s, u"ConvWin2Dos", args), Variant(true));
   EXPECT_EQ(args[0].value, Variant(u"?ab")) << "the ANSI round trip of the source";
   EXPECT_EQ(args[1].value, Variant(u"?a"));
-  args = {{u"Expression", u"A中"}};
-  EXPECT_EQ(Call(s, u"ConvCVL", args), Variant(0x3F41));
-  EXPECT_EQ(args[0].value, Variant(u"A?"));
   args = {{u"", u"a.b.c"}, {u"SepStr", u"."}, {u"InstrLeft", true}, {u"SepInclude", true}};
   EXPECT_EQ(Call(s, u"GetRight", args), Variant(u".b.c"));
-  args = {{u"", Currency::FromRaw(5000)}, {u"IncludeUnitNames", false}};
-  EXPECT_EQ(Call(s, u"InWords", args), Variant(u"ноль"));
   args = {{u"", u"abc"}, {u"", u"b"}, {u"SearchLen", -7}};
   testing::ExpectError([&] { Call(s, u"InstrRight", args); }, xcZKERR_STRING_INSTRRIGHT,
                        u"ZKRuntimeLib.clsZKString.InstrRight", u"SearchLen = -7", "InstrRight");
