@@ -16,6 +16,7 @@ using testing::Words;
 
 enum Sort { kBubble, kSelection, kQuick };
 const char* const kNames[] = {"SortBubble", "SortSelection", "SortQuick"};
+const int32_t kCodes[] = {xcZKERR_ARRAY_SORTBUBBLE, xcZKERR_ARRAY_SORTSEL, xcZKERR_ARRAY_SORTQUICK};
 
 // Sorts rows (or elements) `lo` to `hi` of `a`; SortBubble always sorts them all.
 bool SortRows(Sort sort, SafeArray& a, int32_t lo, int32_t hi, const Variant& column,
@@ -28,7 +29,7 @@ bool SortRows(Sort sort, SafeArray& a, int32_t lo, int32_t hi, const Variant& co
 
 TEST(ArraySort, EqualKeysEndWhereTheStepsLeaveThem) {
   // Rows of (tag, key, tag) from row 1, sorted on column 2: the key is the tag's letter.
-  const struct { const char* what; Sort sort; bool hi_to_low; const char *tags, *after; } cases[] = {
+  const struct { const char* what; Sort sort; bool down; const char *tags, *after; } cases[] = {
       {"selection swaps b1 behind b2", kSelection, false, "b1 a1 b2 a2 c1", "a1 a2 b2 b1 c1"},
       {"selection descending", kSelection, true, "b1 a1 b2 a2 c1", "c1 b2 b1 a2 a1"},
       {"bubble keeps these in order", kBubble, false, "b1 a1 b2 a2 c1", "a1 a2 b1 b2 c1"},
@@ -40,7 +41,7 @@ TEST(ArraySort, EqualKeysEndWhereTheStepsLeaveThem) {
     std::vector<std::vector<String>> rows;
     for (const String& tag : Words(c.tags)) rows.push_back({tag, tag.substr(0, 1), tag});
     SafeArray t = Table(rows, 1, 1);
-    EXPECT_TRUE(SortRows(c.sort, t, 1, t.ubound(2), 2, c.hi_to_low)) << c.what;
+    EXPECT_TRUE(SortRows(c.sort, t, 1, t.ubound(2), 2, c.down)) << c.what;
     EXPECT_EQ(Column(t, 1), Words(c.after)) << c.what;
     EXPECT_EQ(Column(t, 3), Words(c.after)) << c.what << ": rows must move whole";
   }
@@ -66,19 +67,19 @@ TEST(ArraySort, EveryModeOrdersAndPermutesTablesAndLists) {
     const Sort sort = Sort(run / 4);
     const bool down = run & 1;
     const int32_t mode = run & 2 ? vbTextCompare : vbBinaryCompare;
-    auto in_order = [&](auto& a, auto& b) { return CompareStrings(a, b, mode) * (1 - 2 * down) < 0; };
+    auto before = [&](auto& a, auto& b) { return CompareStrings(a, b, mode) * (1 - 2 * down) < 0; };
     const std::string what = std::string(kNames[sort]) + ", run " + std::to_string(run);
     SafeArray table = original, list = SafeArray::FromStrings(keys, 3);
     ASSERT_TRUE(SortRows(sort, table, 0, 1499, 0, down, mode)) << what;
     ASSERT_TRUE(SortRows(sort, list, 3, 1502, Variant::Missing(), down, mode)) << what;
     const auto sorted_keys = Column(table, 0), ids = Column(table, 1), whole = Column(table, 2);
-    EXPECT_TRUE(std::is_sorted(sorted_keys.begin(), sorted_keys.end(), in_order)) << what;
+    EXPECT_TRUE(std::is_sorted(sorted_keys.begin(), sorted_keys.end(), before)) << what;
     EXPECT_TRUE(std::is_permutation(whole.begin(), whole.end(), rows.begin())) << what;
     for (size_t r = 0; r < whole.size(); ++r) {
       ASSERT_EQ(whole[r], sorted_keys[r] + u"#" + ids[r]) << what << ": row " << r << " split";
     }
     const std::vector<String> items = list.ToStrings();
-    EXPECT_TRUE(std::is_sorted(items.begin(), items.end(), in_order)) << what << " list";
+    EXPECT_TRUE(std::is_sorted(items.begin(), items.end(), before)) << what << " list";
     EXPECT_TRUE(std::is_permutation(items.begin(), items.end(), keys.begin())) << what << " list";
   }
 }
@@ -103,15 +104,14 @@ TEST(ArraySort, QuickBelowTwentyOneRowsIsSelectionAndCopesWithEqualKeys) {
 TEST(ArraySort, ErrorsAreRaisedAgainUnderTheSortsOwnNumbers) {
   using E = RuntimeError;
   const Variant none = Variant::Missing();
-  const struct { const char* what; Sort sort; SafeArray array; Variant column; E cause; } cases[] = {
-      {"a never-dimensioned array", kBubble, SafeArray(VarType::kString), none, E::kSubscriptOutOfRange},
+  const struct { const char* what; Sort sort; SafeArray array; Variant col; E cause; } cases[] = {
+      {"never dimensioned", kBubble, SafeArray(VarType::kString), none, E::kSubscriptOutOfRange},
       {"a column not a number", kSelection, Table({{u"c"}, {u"b"}}), u"key", E::kTypeMismatch},
       {"a Null element", kQuick, SafeArray::FromVariants({u"b", Variant::Null()}), none,
        E::kInvalidUseOfNull}};
-  const int32_t numbers[] = {xcZKERR_ARRAY_SORTBUBBLE, xcZKERR_ARRAY_SORTSEL, xcZKERR_ARRAY_SORTQUICK};
   for (const auto& c : cases) {
     SafeArray a = c.array;
-    testing::ExpectError([&] { SortRows(c.sort, a, 0, 1, c.column); }, numbers[c.sort],
+    testing::ExpectError([&] { SortRows(c.sort, a, 0, 1, c.col); }, kCodes[c.sort],
                          u"ZKRuntimeLib.clsZKArray." + FromAscii(kNames[c.sort]),
                          RuntimeErrorText(static_cast<int32_t>(c.cause)), c.what);
     EXPECT_EQ(a, c.array) << c.what << ": the array must be left as it was";

@@ -14,9 +14,6 @@ TEST(StringByName, TakesItsOwnParameterNamesAndWritesArgumentsBack) {
                                 {u"Iclude", true}, {u"SelStart", 3}};
   EXPECT_EQ(Call(s, u"Filter", args), Variant(u"--"));
   EXPECT_EQ(args[3].value, Variant(1));
-  args = {{u"Expression", u"xxabcxx"}, {u"CharsTrim", u"x"}, {u"TrimType", 3}, {u"SelStart", 7}};
-  EXPECT_EQ(Call(s, u"Trim", args), Variant(u"abc"));
-  EXPECT_EQ(args[3].value, Variant(3));
   args = {{u"SourceString", u"中ab"}, {u"DestString", Variant()}};
   EXPECT_EQ(Call(s, u"ConvWin2Dos", args), Variant(true));
   EXPECT_EQ(args[0].value, Variant(u"?ab")) << "the ANSI round trip of the source";
