@@ -21,7 +21,6 @@ TEST(ArrayFind, ReportsTheIndexFoundOrWhereToInsert) {
       {"descending, below every element", "f d b", 0, u"a", true, 0, false, 3},
       {"binary compare: capitals sort first", "b d f", 0, u"D", false, 0, false, 0},
       {"text compare: D finds d", "b d f", 0, u"D", false, 1, true, 1}};
-
   auto ar = New<clsZKArray>();
   for (const auto& c : cases) {
     int32_t at = 12345;

@@ -1,6 +1,5 @@
 // clsZKmd5: digests of strings and files against md5sum and against the final blocks the
 // class's padding and file reader lay out; the incremental steps, registers and rotation.
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <bit>
@@ -131,7 +130,7 @@ TEST_F(Md5, TextGoesThroughTheAnsiCodePageUpTo32767CharactersAndFilesMustExist) 
                      RuntimeError::kFileNotFound, "a missing file");
 }
 
-TEST_F(Md5, UpdateTakesBytesAsItsLoopBoundAndCountSay) {
+TEST_F(Md5, UpdateTakesBytesAsItsLoopBoundSays) {
   const Bytes m = Pattern(212, 5), first = Pattern(40, 1), second = Pattern(100, 2);
   auto md5 = New<clsZKmd5>();
   md5->MD5Init();
