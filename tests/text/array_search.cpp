@@ -1,187 +1,133 @@
-// clsZKArray.FindInArray and IsArrayNothing, and the root object's GetObjArray.
-#include <gtest/gtest.h>
+// clsZKArray: FindInArray, IsArrayNothing, RoundArrayCurrency, and the written-back
+// arguments of a late-bound caller.
+#include <random>
 
-#include <string>
-#include <vector>
-
-#include "text/array_test_util.h"
+#include "text/text_test_util.h"
 #include "tsruntime/clsZKArray.h"
-#include "tsruntime/clsZKRunTimeLib.h"
 
 namespace tsruntime {
 namespace {
 
-using testing::Table;
-
-struct FindCase {
-  const char* what;
-  std::vector<String> sorted;
-  int32_t lower;
-  String search;
-  bool hi_to_low;
-  int32_t mode;
-  bool found;
-  int32_t row_index;
-};
+using testing::Words;
 
 TEST(ArrayFind, ReportsTheIndexFoundOrWhereToInsert) {
-  const std::vector<String> up = {u"b", u"d", u"f"};
-  const std::vector<String> down = {u"f", u"d", u"b"};
-  const FindCase cases[] = {
-      {"below every element: the lower bound", up, 0, u"a", false, 0, false, 0},
-      {"the first element", up, 0, u"b", false, 0, true, 0},
-      {"the middle element", up, 0, u"d", false, 0, true, 1},
-      {"the last element", up, 0, u"f", false, 0, true, 2},
-      {"between the first two", up, 0, u"c", false, 0, false, 1},
-      {"between the last two", up, 0, u"e", false, 0, false, 2},
-      {"above every element: the upper bound + 1", up, 0, u"g", false, 0, false, 3},
-      {"bounds from 10", up, 10, u"e", false, 0, false, 12},
-      {"bounds from 10, found", up, 10, u"b", false, 0, true, 10},
-      {"bounds below zero", up, -3, u"d", false, 0, true, -2},
-      {"bounds below zero, a miss", up, -3, u"c", false, 0, false, -2},
-      {"descending, found", down, 0, u"b", true, 0, true, 2},
-      {"descending, above every element", down, 0, u"g", true, 0, false, 0},
-      {"descending, below every element", down, 0, u"a", true, 0, false, 3},
-      {"descending, between", down, 0, u"e", true, 0, false, 1},
-      {"binary compare: capitals sort first", up, 0, u"D", false, 0, false, 0},
-      {"text compare: D finds d", up, 0, u"D", false, 1, true, 1},
-      {"one element, found", {u"m"}, 0, u"m", false, 0, true, 0},
-      {"one element, above", {u"m"}, 0, u"z", false, 0, false, 1},
-      {"one element, below", {u"m"}, 0, u"a", false, 0, false, 0},
-  };
-  for (const FindCase& c : cases) {
-    auto ar = New<clsZKArray>();
+  const struct { const char* what; const char* sorted; int32_t lower; String search; bool down;
+                 int32_t mode; bool found; int32_t at; } cases[] = {
+      {"below every element: the lower bound", "b d f", 0, u"a", false, 0, false, 0},
+      {"above every element: the upper bound + 1", "b d f", 0, u"g", false, 0, false, 3},
+      {"bounds from -1: the midpoint of -1 and 0 is 0", "b d f", -1, u"a", false, 0, false, -1},
+      {"bounds from -1, found below the midpoint", "b d f", -1, u"b", false, 0, true, -1},
+      {"descending, above every element", "f d b", 0, u"g", true, 0, false, 0},
+      {"descending, below every element", "f d b", 0, u"a", true, 0, false, 3},
+      {"binary compare: capitals sort first", "b d f", 0, u"D", false, 0, false, 0},
+      {"text compare: D finds d", "b d f", 0, u"D", false, 1, true, 1}};
+  auto ar = New<clsZKArray>();
+  for (const auto& c : cases) {
     int32_t at = 12345;
-    EXPECT_EQ(ar->FindInArray(SafeArray::FromStrings(c.sorted, c.lower), c.search, &at,
-                              c.hi_to_low, c.mode),
-              c.found)
-        << c.what;
-    EXPECT_EQ(at, c.row_index) << c.what;
+    const SafeArray a = SafeArray::FromStrings(Words(c.sorted), c.lower);
+    EXPECT_EQ(ar->FindInArray(a, c.search, &at, c.down, c.mode), c.found) << c.what;
+    EXPECT_EQ(at, c.at) << c.what;
   }
-}
-
-TEST(ArrayFind, BoundsFromMinusOneToZeroEndWithoutProbingForEver) {
-  // The midpoint of -1 and 0 truncates to 0; a search that has to go below it must
-  // still look at element -1.
-  const SafeArray two = SafeArray::FromStrings({u"b", u"d"}, -1);
-  const struct {
-    String search;
-    bool found;
-    int32_t at;
-  } cases[] = {{u"a", false, -1}, {u"b", true, -1}, {u"c", false, 0},
-               {u"d", true, 0},   {u"e", false, 1}};
-  auto ar = New<clsZKArray>();
-  for (const auto& c : cases) {
-    int32_t at = 99;
-    EXPECT_EQ(ar->FindInArray(two, c.search, &at), c.found) << ToUtf8(c.search);
-    EXPECT_EQ(at, c.at) << ToUtf8(c.search);
-  }
-}
-
-TEST(ArrayFind, SearchesOneColumnOfATablesRows) {
-  const SafeArray t = Table({{u"x", u"ab"}, {u"y", u"cd"}, {u"z", u"ef"}, {u"w", u"gh"}}, 1, 5);
-  auto ar = New<clsZKArray>();
+  const SafeArray t = testing::Table({{u"x", u"ab"}, {u"y", u"cd"}, {u"z", u"ef"}}, 1, 5);
   int32_t at = 0;
-  EXPECT_TRUE(ar->FindInArray(t, u"ef", &at, false, 0, Variant(int32_t{2})));
-  EXPECT_EQ(at, 7);
-  EXPECT_FALSE(ar->FindInArray(t, u"ce", &at, false, 0, Variant(u"2")));
-  EXPECT_EQ(at, 7);
-  EXPECT_FALSE(ar->FindInArray(t, u"a", nullptr, false, 0, Variant(2.4)));
-}
-
-TEST(ArrayFind, FindsEveryElementOfALargeSortedArrayAndPlacesEveryGap) {
-  std::vector<String> sorted;
-  for (int i = 0; i < 1000; ++i) sorted.push_back(FromAscii(std::to_string(100000 + 2 * i)));
-  const SafeArray a = SafeArray::FromStrings(sorted, 1);
-  auto ar = New<clsZKArray>();
+  EXPECT_TRUE(ar->FindInArray(t, u"ef", &at, false, 0, u"2") && at == 7) << "column 2, at " << at;
+  for (const auto& [array, column] : {std::pair{SafeArray::FromStrings({}), Variant::Missing()},
+                                      std::pair{t, Variant(3)}}) {
+    testing::ExpectRuntimeError([&] { ar->FindInArray(array, u"a", &at, false, 0, column); },
+                                RuntimeError::kSubscriptOutOfRange, "nothing to search");
+  }
+  // Every element of a long sorted array is found where it is, and every gap placed after it.
+  std::vector<String> even;
+  for (int i = 0; i < 1000; ++i) even.push_back(FromAscii(std::to_string(100000 + 2 * i)));
+  const SafeArray a = SafeArray::FromStrings(even, 1);
   for (int i = 0; i < 1000; ++i) {
-    int32_t at = 0;
-    ASSERT_TRUE(ar->FindInArray(a, sorted[i], &at)) << i;
-    ASSERT_EQ(at, i + 1);
-    ASSERT_FALSE(ar->FindInArray(a, FromAscii(std::to_string(100001 + 2 * i)), &at)) << i;
-    ASSERT_EQ(at, i + 2) << "the gap after element " << i;
+    int32_t gap = 0;
+    ASSERT_TRUE(ar->FindInArray(a, even[i], &at) && at == i + 1) << i << " at " << at;
+    ASSERT_FALSE(ar->FindInArray(a, FromAscii(std::to_string(100001 + 2 * i)), &gap)) << i;
+    ASSERT_EQ(gap, i + 2) << "the gap after element " << i;
   }
-}
-
-TEST(ArrayFind, LetsTheHostRuntimesErrorsThrough) {
-  const struct {
-    const char* what;
-    SafeArray array;
-    Variant column;
-    RuntimeError error;
-  } cases[] = {
-      {"an empty array", SafeArray::FromStrings({}), Variant::Missing(),
-       RuntimeError::kSubscriptOutOfRange},
-      {"a never-dimensioned array", SafeArray(VarType::kString), Variant::Missing(),
-       RuntimeError::kSubscriptOutOfRange},
-      {"a list searched as a table", SafeArray::FromStrings({u"a"}), Variant(int32_t{0}),
-       RuntimeError::kSubscriptOutOfRange},
-      {"a column outside the table", Table({{u"a"}, {u"b"}}), Variant(int32_t{1}),
-       RuntimeError::kSubscriptOutOfRange},
-      {"a column beyond 16 bits", Table({{u"a"}, {u"b"}}), Variant(int32_t{40000}),
-       RuntimeError::kOverflow},
-      {"a Null element", SafeArray::FromVariants({Variant::Null()}), Variant::Missing(),
-       RuntimeError::kInvalidUseOfNull},
-  };
-  auto ar = New<clsZKArray>();
-  for (const auto& c : cases) {
-    try {
-      ar->FindInArray(c.array, u"a", nullptr, false, 0, c.column);
-      ADD_FAILURE() << c.what << ": no error";
-    } catch (const Error& e) {
-      EXPECT_EQ(e.number(), static_cast<int32_t>(c.error)) << c.what;
-    }
-  }
-}
-
-TEST(ArrayFind, WritesRowIndexBufBackWhenCalledByName) {
-  Ref<Object> ar = CreateObject(u"clsZKArray");
-  std::vector<Argument> args{{u"", Variant(SafeArray::FromStrings({u"a", u"c"}))},
-                             {u"", Variant(u"b")},
-                             {u"RowIndexBuf", Variant(int16_t{7})}};
-  EXPECT_EQ(Invoke(*ar, u"FindInArray", InvokeKind::kCall, args), Variant(false));
-  EXPECT_EQ(args[2].value, Variant(int32_t{1}));
-  std::vector<Argument> without{{u"", Variant(SafeArray::FromStrings({u"a", u"c"}))},
-                                {u"", Variant(u"c")}};
-  EXPECT_EQ(Invoke(*ar, u"FindInArray", InvokeKind::kCall, without), Variant(true));
 }
 
 TEST(ArrayNothing, IsTrueForAnythingWithoutElements) {
-  const struct {
-    const char* what;
-    Variant value;
-    bool nothing;
-  } cases[] = {
-      {"Empty", Variant(), true},
-      {"a string", Variant(u"abc"), true},
-      {"a number", Variant(int32_t{3}), true},
-      {"a never-dimensioned array", Variant(SafeArray(VarType::kString)), true},
-      {"an array from 0 to -1", Variant(SafeArray::FromStrings({})), true},
-      {"an array from 5 to 4", Variant(SafeArray(VarType::kString, {Bounds{5, 4}})), true},
-      {"a table without columns",
-       Variant(SafeArray(VarType::kString, {Bounds{0, -1}, Bounds{0, 3}})), true},
-      {"one element", Variant(SafeArray::FromStrings({u""})), false},
-      {"a table", Variant(SafeArray(VarType::kString, {Bounds{1, 2}, Bounds{0, -1}})), false},
-      {"a byte array", Variant(SafeArray::FromBytes(std::vector<uint8_t>{1})), false},
-  };
+  auto ar = New<clsZKArray>();
+  EXPECT_TRUE(ar->IsArrayNothing(u"abc")) << "not an array";
+  EXPECT_TRUE(ar->IsArrayNothing(SafeArray(VarType::kString))) << "never dimensioned";
+  EXPECT_TRUE(ar->IsArrayNothing(SafeArray(VarType::kString, {Bounds{5, 4}}))) << "5 to 4";
+  EXPECT_FALSE(ar->IsArrayNothing(SafeArray(VarType::kString, {Bounds{1, 1}, Bounds{0, -1}})))
+      << "only the first dimension counts";
+}
+
+// Amounts written as in the host language, separated by spaces, from index `lower`.
+SafeArray Amounts(const std::string& text, int32_t lower = 0) {
+  std::vector<Variant> amounts;
+  for (const String& word : Words(text)) amounts.push_back(testing::Amount(ToUtf8(word)));
+  SafeArray a(VarType::kCurrency, {Bounds{lower, lower + int32_t(amounts.size()) - 1}});
+  for (int32_t i = 0; i < int32_t(amounts.size()); ++i) a.set(lower + i, amounts[i]);
+  return a;
+}
+
+TEST(ArrayRoundCurrency, RoundsToKopecksThatAddUpToTheRoundedTotalOrReturnsFalse) {
+  const Variant none, first(0), list(SafeArray::FromVariants({0, int16_t{2}}));
+  const struct { const char* what; const char* amounts; const Variant& keep; const char* rounded;
+                 int32_t lower = 0; } cases[] = {
+      {"half a kopeck rounds away from zero", "0.005 -0.015", none, "0.01 -0.02"},
+      {"30.015 is 30.02: the first gives one back", "10.005 10.005 10.005", none,
+       "10.00 10.01 10.01"},
+      {"negative halves: the first takes one back", "-0.005 -0.005", none, "0.00 -0.01"},
+      {"the one rounded down most gets it", "0.3333 0.3333 0.3334", none, "0.33 0.33 0.34"},
+      {"a kept amount is copied as it is", "1.2345 2.005 3.005", first, "1.2345 2.00 3.01"},
+      {"kept indexes in an array", "0.005 0.005 0.005 0.005", list, "0.005 0.00 0.005 0.01"},
+      {"bounds from 5, index 6 kept", "1.111 2.222 3.333", Variant(6), "1.11 2.222 3.33", 5},
+      {"an empty array", "", none, ""}};
   auto ar = New<clsZKArray>();
   for (const auto& c : cases) {
-    EXPECT_EQ(ar->IsArrayNothing(c.value), c.nothing) << c.what;
-    std::vector<Argument> args{{u"Expression", c.value}};
-    EXPECT_EQ(Invoke(*ar, u"IsArrayNothing", InvokeKind::kCall, args), Variant(c.nothing))
-        << c.what << ", called by name";
+    SafeArray rounded(VarType::kCurrency);
+    ASSERT_TRUE(ar->RoundArrayCurrency(Amounts(c.amounts, c.lower), rounded, c.keep)) << c.what;
+    EXPECT_EQ(rounded, Amounts(c.rounded, c.lower)) << c.what;
+  }
+  std::mt19937_64 rng(3);
+  for (int round = 0; round < 300; ++round) {
+    SafeArray amounts(VarType::kCurrency, {Bounds{0, static_cast<int32_t>(rng() % 40)}}), rounded;
+    for (int32_t i = 0; i <= amounts.ubound(); ++i) {
+      amounts.set(i, Currency::FromRaw(static_cast<int64_t>(rng() % 20000001) - 10000000));
+    }
+    ASSERT_TRUE(ar->RoundArrayCurrency(amounts, rounded, none));
+    int64_t exact = 0, total = 0;
+    for (int32_t i = 0; i <= amounts.ubound(); ++i) {
+      const auto before = amounts.get(i).asCurrency().raw, after = rounded.get(i).asCurrency().raw;
+      ASSERT_TRUE(after % 100 == 0 && std::abs(after - before) < 100) << round << ", index " << i;
+      exact += before;
+      total += after;
+    }
+    EXPECT_EQ(total, (exact + (exact >= 0 ? 50 : -50)) / 100 * 100) << "round " << round;
+  }
+  // Bad input gives False and leaves the result alone.
+  std::vector<Variant> top_and_crumbs(11, Currency::FromRaw(6));
+  top_and_crumbs[0] = Currency::FromRaw(INT64_MAX);  // the total needs one more kopeck
+  const struct { const char* what; SafeArray amounts; Variant keep; } bad[] = {
+      {"a never-dimensioned array", SafeArray(VarType::kCurrency), none},
+      {"an amount that is not a number", SafeArray::FromVariants({u"1,5x"}), none},
+      {"a bad index in an array", Amounts("1.00"), SafeArray::FromVariants({0, -1})},
+      {"a result beyond the Currency range", SafeArray::FromVariants(top_and_crumbs), none}};
+  for (const auto& c : bad) {
+    SafeArray rounded = Amounts("7.77");
+    EXPECT_FALSE(ar->RoundArrayCurrency(c.amounts, rounded, c.keep)) << c.what;
+    EXPECT_EQ(rounded, Amounts("7.77")) << c.what;
   }
 }
 
-TEST(ArrayRoot, GetObjArrayHandsOutANewObjectEachRead) {
-  Ref<Object> lib = CreateObject(u"TSRuntimeLib.clsZKRunTimeLib");
-  std::vector<Argument> none;
-  const Variant first = Invoke(*lib, u"GetObjArray", InvokeKind::kCall, none);
-  const Variant second = Invoke(*lib, u"GetObjArray", InvokeKind::kCall, none);
-  ASSERT_TRUE(first.isObject() && second.isObject());
-  EXPECT_NE(first.asObject(), second.asObject());
-  EXPECT_EQ(first.asObject()->classInfo().name, u"clsZKArray");
-  EXPECT_TRUE(New<clsZKRunTimeLib>()->GetObjArray()->IsArrayNothing(Variant()));
+TEST(ArrayByName, WritesSortedArraysRowIndexesAndRoundedAmountsBack) {
+  Ref<Object> ar = CreateObject(u"TSRuntimeLib.clsZKArray");
+  std::vector<Argument> args{{u"", SafeArray::FromStrings(Words("b A a B"))},
+                             {u"ComareMethod", vbTextCompare}};
+  EXPECT_EQ(testing::Call(ar, u"SortBubble", args), Variant(true));
+  EXPECT_EQ(args[0].value.asArray().ToStrings(), Words("a A b B"));
+  args = {{u"", SafeArray::FromStrings(Words("a c"))}, {u"", u"b"}, {u"RowIndexBuf", int16_t{7}}};
+  EXPECT_EQ(testing::Call(ar, u"FindInArray", args), Variant(false));
+  EXPECT_EQ(args[2].value, Variant(1));
+  args = {{u"", Amounts("0.125 0.125")}, {u"", SafeArray(VarType::kCurrency)}, {u"", Variant()}};
+  EXPECT_EQ(testing::Call(ar, u"RoundArrayCurrency", args), Variant(true));
+  EXPECT_EQ(args[1].value.asArray(), Amounts("0.12 0.13"));
 }
 
 }  // namespace

@@ -1,196 +1,181 @@
-// clsZKmd5's digests of strings and files against md5sum and against the final blocks
-// the class's padding and file reader lay out.
-#include <gtest/gtest.h>
-#include <sys/stat.h>
+// clsZKmd5: digests of strings and files against md5sum and against the final blocks the
+// class's padding and file reader lay out; the incremental steps, registers and rotation.
 #include <unistd.h>
 
-#include <string>
-#include <vector>
+#include <bit>
+#include <climits>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <numeric>
+#include <tuple>
 
-#include "text/md5_reference.h"
+#include "text/text_test_util.h"
 #include "tsruntime/automation/codepage.h"
 #include "tsruntime/clsZKmd5.h"
 
 namespace tsruntime {
 namespace {
 
-using namespace testing;
+using Bytes = std::vector<uint8_t>;
+using testing::ExpectRuntimeError;
 
-std::string DigestOfString(const Bytes& bytes) {
-  return ToUtf8(New<clsZKmd5>()->DigestStrToHexStr(AnsiToString(bytes)));
-}
-std::string DigestOfFile(const std::string& file) {
-  return ToUtf8(New<clsZKmd5>()->DigestFileToHexStr(FromUtf8(file)));
-}
-
-// Lengths whose padding differs from RFC 1321.
-bool PaddedOwnWay(size_t n) { return n % 64 == 56 || (n >= 64 && n % 64 > 56); }
-
-// What the class hashes last for such a length: the last 56 bytes of the message when
-// it is 56 mod 64, else the first 56 of the final partial block; then the length.
-std::string OwnPaddingDigest(const Bytes& message) {
-  const size_t tail = message.size() % 64;
-  const auto from = message.end() - static_cast<long>(tail);
-  return DigestOfBlocks(BlocksEndingWith(message, Bytes(from, from + 56)));
+// Deterministic bytes covering all 256 values.
+Bytes Pattern(size_t n, uint32_t seed) {
+  Bytes out(n);
+  uint32_t x = seed * 2654435761u + 1;
+  for (uint8_t& b : out) b = static_cast<uint8_t>((x = x * 1103515245u + 12345u) >> 16);
+  return out;
 }
 
-TEST(Md5Reference, AgreesWithMd5sum) {
-  // The test's own compression must be right before it judges anything.
-  TempFolder folder;
-  for (size_t n : {0, 1, 55, 56, 63, 64, 65, 119, 120, 200}) {
-    const Bytes m = Pattern(n, 9);
-    EXPECT_EQ(DigestOfBlocks(RfcBlocks(m)), Md5sum(folder, m)) << n << " bytes";
+// The digest of whole 64-byte `blocks` compressed from the initial registers, written from
+// RFC 1321 so that a test can lay out the final block itself.
+std::string DigestOfBlocks(const Bytes& blocks) {
+  static const int kShifts[4][4] = {{7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23},
+                                    {6, 10, 15, 21}};
+  uint32_t h[4] = {0x67452301u, 0xEFCDAB89u, 0x98BADCFEu, 0x10325476u};
+  for (size_t at = 0; at + 64 <= blocks.size(); at += 64) {
+    uint32_t m[16] = {}, a = h[0], b = h[1], c = h[2], d = h[3];
+    for (int i = 0; i < 64; ++i) m[i / 4] |= uint32_t{blocks[at + i]} << (8 * (i % 4));
+    for (int i = 0; i < 64; ++i) {
+      const int r = i / 16, g[] = {i, (5 * i + 1) % 16, (3 * i + 5) % 16, 7 * i % 16};
+      const uint32_t f[] = {(b & c) | (~b & d), (d & b) | (~d & c), b ^ c ^ d, c ^ (b | ~d)};
+      const auto k = static_cast<uint32_t>(std::floor(std::fabs(std::sin(i + 1.0)) * 0x1p32));
+      const uint32_t next = b + std::rotl(a + f[r] + k + m[g[r]], kShifts[r][i % 4]);
+      a = d, d = c, c = b, b = next;
+    }
+    h[0] += a, h[1] += b, h[2] += c, h[3] += d;
   }
+  char hex[33];
+  for (int i = 0; i < 16; ++i) {
+    std::snprintf(hex + 2 * i, 3, "%02X", (h[i / 4] >> (8 * (i % 4))) & 0xFF);
+  }
+  return hex;
 }
 
-TEST(Md5Digests, KnownTextsGiveTheirRfcDigests) {
+// `blocks`, then `length` in bits as the final 8 bytes.
+Bytes WithLength(Bytes blocks, size_t length) {
+  for (int i = 0; i < 8; ++i) blocks.push_back(static_cast<uint8_t>((length * 8) >> (8 * i)));
+  return blocks;
+}
+
+// Lengths padded unlike RFC 1321: 56 mod 64 gets no 0x80 byte; from 64 bytes on, 57 to 63
+// mod 64 get no padding, and the length overwrites the final block's bytes 56 to 63.
+bool OwnPadding(size_t n) { return n % 64 == 56 || (n >= 64 && n % 64 > 56); }
+
+// `message` padded as the class pads it.
+Bytes Padded(Bytes message) {
+  const size_t n = message.size();
+  if (!OwnPadding(n)) message.push_back(0x80);
+  message.resize(OwnPadding(n) ? n / 64 * 64 + 56 : (n + 8) / 64 * 64 + 56);
+  return WithLength(message, n);
+}
+
+class Md5 : public ::testing::Test {
+ protected:
+  ~Md5() override { std::filesystem::remove(file_); }
+
+  // Writes `bytes` to the test's file and returns md5sum's digest of it, in upper case.
+  std::string Md5sum(const Bytes& bytes) {
+    std::ofstream(file_, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
+                                                 static_cast<std::streamsize>(bytes.size()));
+    FILE* p = ::popen(("md5sum '" + file_ + "'").c_str(), "r");
+    std::string hex(32, ' ');
+    EXPECT_TRUE(p && std::fread(hex.data(), 1, 32, p) == 32) << "md5sum of " << file_;
+    if (p) ::pclose(p);
+    for (char& c : hex) c = static_cast<char>(std::toupper(c));
+    return hex;
+  }
+  std::string DigestOfFile(const std::string& file) {
+    return ToUtf8(New<clsZKmd5>()->DigestFileToHexStr(FromUtf8(file)));
+  }
+
+  const std::string file_ = std::filesystem::temp_directory_path() /
+                            ("tsruntime-md5-" + std::to_string(::getpid()));
+};
+
+TEST_F(Md5, StringsAndFilesMatchMd5sumOrTheClassesOwnPadding) {
+  std::vector<size_t> lengths(201);  // 0 to 200, and files across the reader's 1 MiB chunks
+  std::iota(lengths.begin(), lengths.end(), size_t{0});
+  lengths.insert(lengths.end(), {(1 << 20) + 56, (1 << 20) + 60, (2 << 20) - 64, (3 << 20) + 13});
   auto md5 = New<clsZKmd5>();
-  EXPECT_EQ(md5->DigestStrToHexStr(u""), u"D41D8CD98F00B204E9800998ECF8427E");
+  for (size_t n : lengths) {
+    const Bytes m = Pattern(n, n);
+    const std::string expected = DigestOfBlocks(Padded(m));
+    // The reference agrees with md5sum exactly where the class pads as RFC 1321 does.
+    EXPECT_EQ(expected == Md5sum(m), !OwnPadding(n)) << n << " bytes: the padding rule";
+    if (n <= 200) {
+      EXPECT_EQ(ToUtf8(md5->DigestStrToHexStr(AnsiToString(m))), expected) << n << " bytes";
+    }
+    // A file's last whole record is never hashed: the digest is that of the rest.
+    EXPECT_EQ(DigestOfFile(file_),
+              n > 0 && n % 64 == 0 ? DigestOfBlocks(Padded({m.begin(), m.end() - 64})) : expected)
+        << n << "-byte file";
+  }
+  Md5sum(Pattern(64, 1));
+  EXPECT_EQ(DigestOfFile(file_), "D41D8CD98F00B204E9800998ECF8427E") << "64 bytes as a file";
+}
+
+TEST_F(Md5, TextGoesThroughTheAnsiCodePageUpTo32767CharactersAndFilesMustExist) {
+  auto md5 = New<clsZKmd5>();
   EXPECT_EQ(md5->DigestStrToHexStr(u"abc"), u"900150983CD24FB0D6963F7D28E17F72");
-  EXPECT_EQ(md5->GetValues(), u"900150983CD24FB0D6963F7D28E17F72");
-}
-
-TEST(Md5Digests, StringsUpTo200BytesMatchMd5sumOrTheClassesPadding) {
-  TempFolder folder;
-  std::vector<Bytes> messages;
-  std::vector<std::string> files;
-  for (size_t n = 0; n <= 200; ++n) {
-    messages.push_back(Pattern(n, static_cast<uint32_t>(n)));
-    files.push_back(folder.Write("s" + std::to_string(n), messages.back()));
-  }
-  const std::vector<std::string> rfc = Md5sumOfFiles(files);
-  for (size_t n = 0; n <= 200; ++n) {
-    const std::string got = DigestOfString(messages[n]);
-    if (PaddedOwnWay(n)) {
-      EXPECT_EQ(got, OwnPaddingDigest(messages[n])) << n << " bytes";
-      EXPECT_NE(got, rfc[n]) << n << " bytes: must differ from RFC 1321";
-    } else {
-      EXPECT_EQ(got, rfc[n]) << n << " bytes";
-    }
-  }
-}
-
-TEST(Md5Digests, FilesUpTo200BytesMatchMd5sumOrTheReadersRules) {
-  TempFolder folder;
-  std::vector<Bytes> messages;
-  std::vector<std::string> files, hashed;
-  for (size_t n = 0; n <= 200; ++n) {
-    messages.push_back(Pattern(n, static_cast<uint32_t>(n) + 500));
-    files.push_back(folder.Write("f" + std::to_string(n), messages.back()));
-    // The last whole record of a file is never hashed: the digest is that of the rest.
-    const Bytes& m = messages.back();
-    const Bytes counted = n > 0 && n % 64 == 0 ? Bytes(m.begin(), m.end() - 64) : m;
-    hashed.push_back(folder.Write("h" + std::to_string(n), counted));
-  }
-  const std::vector<std::string> rfc = Md5sumOfFiles(hashed);
-  for (size_t n = 0; n <= 200; ++n) {
-    const std::string expected = PaddedOwnWay(n) ? OwnPaddingDigest(messages[n]) : rfc[n];
-    EXPECT_EQ(DigestOfFile(files[n]), expected) << n << " bytes";
-  }
-}
-
-TEST(Md5Digests, LargeFilesAcrossTheReadChunksFollowTheSameRules) {
-  TempFolder folder;
-  const size_t mib = size_t{1} << 20;
-  for (size_t n : {mib - 1, mib, mib + 1, mib + 56, mib + 60, mib + 64, 3 * mib + 13,
-                   2 * mib - 64}) {
-    const Bytes m = Pattern(n, static_cast<uint32_t>(n));
-    const std::string file = folder.Write("big", m);
-    std::string expected;
-    if (n % 64 == 0) {
-      expected = Md5sum(folder, Bytes(m.begin(), m.end() - 64));
-    } else if (PaddedOwnWay(n)) {
-      expected = OwnPaddingDigest(m);
-    } else {
-      expected = Md5sumOfFile(file);
-    }
-    EXPECT_EQ(DigestOfFile(file), expected) << n << " bytes";
-  }
-}
-
-TEST(Md5Digests, CharactersGoThroughTheAnsiCodePage) {
-  TempFolder folder;
-  auto md5 = New<clsZKmd5>();
   // 1251: 'П' is 0xCF, 'р' 0xF0, '€' 0x88; a character 1251 lacks becomes '?'.
-  EXPECT_EQ(ToUtf8(md5->DigestStrToHexStr(u"При€")),
-            Md5sum(folder, Bytes{0xCF, 0xF0, 0xE8, 0x88}));
+  EXPECT_EQ(ToUtf8(md5->DigestStrToHexStr(u"При€")), Md5sum(Bytes{0xCF, 0xF0, 0xE8, 0x88}));
   EXPECT_EQ(md5->DigestStrToHexStr(u"中"), md5->DigestStrToHexStr(u"?"));
+  EXPECT_EQ(md5->DigestStrToHexStr(String(32767, u'a')).size(), 32u) << "the longest text";
+  ExpectRuntimeError([&] { md5->DigestStrToHexStr(String(32768, u'a')); },
+                     RuntimeError::kOverflow, "32,768 characters");
+  ExpectRuntimeError([&] { DigestOfFile(file_ + ".missing"); },
+                     RuntimeError::kFileNotFound, "a missing file");
 }
 
-TEST(Md5Limits, StringsStopAt32767Characters) {
-  TempFolder folder;
+TEST_F(Md5, UpdateTakesBytesAsItsLoopBoundSays) {
+  const Bytes m = Pattern(212, 5), first = Pattern(40, 1), second = Pattern(100, 2);
   auto md5 = New<clsZKmd5>();
-  const Bytes longest = Pattern(32767, 2);  // 63 mod 64: the class's own padding
-  EXPECT_EQ(ToUtf8(md5->DigestStrToHexStr(AnsiToString(longest))), OwnPaddingDigest(longest));
-  try {
-    md5->DigestStrToHexStr(String(32768, u'a'));
-    ADD_FAILURE() << "32,768 characters must overflow";
-  } catch (const Error& e) {
-    EXPECT_EQ(e.number(), static_cast<int32_t>(RuntimeError::kOverflow));
-  }
+  md5->MD5Init();
+  EXPECT_EQ(md5->RegisterB(), u"-271733879");
+  md5->MD5Update(64, SafeArray::FromBytes(m));  // the first 64 of 212 bytes
+  md5->MD5Update(148, SafeArray::FromBytes({m.data() + 64, 148}));
+  md5->MD5Final();
+  EXPECT_EQ(ToUtf8(md5->GetValues()), Md5sum(m)) << "pieces starting on block boundaries";
+
+  // 40 bytes in, then 70: partLen 24, and the loop bound lets a block start at 24 though it
+  // runs to 87, past the 70 given; the bytes are there, so they are hashed, and
+  // second[24..69] stays for the final block. Without them the array is too short.
+  md5->MD5Init();
+  md5->MD5Update(40, SafeArray::FromBytes(first));
+  ExpectRuntimeError([&] { md5->MD5Update(70, SafeArray::FromBytes({second.data(), 70})); },
+                     RuntimeError::kSubscriptOutOfRange, "a block past the array");
+  md5->MD5Update(70, SafeArray::FromBytes(second));
+  md5->MD5Final();
+  Bytes blocks = first;
+  blocks.insert(blocks.end(), second.begin(), second.begin() + 88);
+  blocks.insert(blocks.end(), second.begin() + 24, second.begin() + 70);
+  blocks.push_back(0x80);
+  blocks.resize(2 * 64 + 56);
+  EXPECT_EQ(ToUtf8(md5->GetValues()), DigestOfBlocks(WithLength(blocks, 110)));
+
+  ExpectRuntimeError([&] { md5->MD5Update(32768, SafeArray::FromBytes(Pattern(32768, 4))); },
+                     RuntimeError::kOverflow, "32,768 bytes in one call");
 }
 
-TEST(Md5Limits, FilesPastTheBitLengthOverflowWithoutBeingRead) {
-  TempFolder folder;
-  const int64_t limit = int64_t{1} << 28;
-  // 2^28 + 64 is a multiple of 64: 2^28 bytes counted, one too many.
-  for (int64_t size : {limit + 1, limit + 64, int64_t{1} << 30}) {
-    const std::string file = folder.Write("sparse", {});
-    ASSERT_EQ(::truncate(file.c_str(), size), 0);
-    try {
-      DigestOfFile(file);
-      ADD_FAILURE() << size << " bytes must overflow";
-    } catch (const Error& e) {
-      EXPECT_EQ(e.number(), static_cast<int32_t>(RuntimeError::kOverflow)) << size << " bytes";
-    }
-  }
-}
-
-TEST(Md5Limits, TheLongestFileStillGetsADigest) {
-#ifndef NDEBUG
-  GTEST_SKIP() << "hashes 256 MiB; the optimised build runs it";
-#endif
-  // Exactly 2^28 bytes is a multiple of 64: its last record is not counted, so it fits.
-  TempFolder folder;
-  const int64_t limit = int64_t{1} << 28;
-  const std::string file = folder.Write("longest", {});
-  const std::string counted = folder.Write("counted", {});
-  ASSERT_EQ(::truncate(file.c_str(), limit), 0);
-  ASSERT_EQ(::truncate(counted.c_str(), limit - 64), 0);
-  EXPECT_EQ(DigestOfFile(file), Md5sumOfFile(counted));
-}
-
-TEST(Md5Limits, UnreadableFilesRaiseTheRuntimesFileErrors) {
-  TempFolder folder;
-  const struct {
-    const char* what;
-    std::string path;
-    RuntimeError error;
-  } cases[] = {
-      {"a missing file", folder.Path("missing"), RuntimeError::kFileNotFound},
-      {"a file in a missing folder", folder.Path("nowhere/file"), RuntimeError::kPathNotFound},
-      {"a folder", folder.Path(""), RuntimeError::kPathFileAccessError},
-      {"a name with a NUL in it", folder.Write("named", Pattern(3)) + std::string(1, '\0') + "x",
-       RuntimeError::kBadFileNameOrNumber},
-  };
+TEST_F(Md5, LongLeftRotateReducesBitsAndRotatesWritingBothBack) {
+  const struct { int32_t value, bits, result, bits_after; } cases[] = {
+      {1, 33, 2, 1},      {5, -1, 5, -1},       {5, -33, 5, -1},   {7, 32, 7, 0},
+      {1, 31, INT_MIN, 31}, {INT_MIN, 1, 1, 1}, {0x12345678, 4, 0x23456781, 4}};
+  auto md5 = New<clsZKmd5>();
   for (const auto& c : cases) {
-    try {
-      DigestOfFile(c.path);
-      ADD_FAILURE() << c.what << ": no error";
-    } catch (const Error& e) {
-      EXPECT_EQ(e.number(), static_cast<int32_t>(c.error)) << c.what;
-    }
+    int32_t value = c.value, bits = c.bits;
+    const int32_t result = md5->LongLeftRotate(value, bits);
+    EXPECT_EQ(std::tuple(result, value, bits), std::tuple(c.result, c.result, c.bits_after))
+        << c.value << " by " << c.bits << ": the result, and value and bits written back";
   }
-  if (::geteuid() != 0) {  // root reads anything
-    const std::string locked = folder.Write("locked", Pattern(10));
-    ::chmod(locked.c_str(), 0);
-    try {
-      DigestOfFile(locked);
-      ADD_FAILURE() << "an unreadable file: no error";
-    } catch (const Error& e) {
-      EXPECT_EQ(e.number(), static_cast<int32_t>(RuntimeError::kPermissionDenied));
-    }
-  }
+  Ref<Object> late = CreateObject(u"TSRuntimeLib.clsZKmd5");
+  std::vector<Argument> rotate{{u"value", 1}, {u"bits", int16_t{33}}};
+  EXPECT_EQ(testing::Call(late, u"LongLeftRotate", rotate), Variant(2));
+  EXPECT_EQ(rotate[0].value, Variant(2));
+  EXPECT_EQ(rotate[1].value, Variant(1));
 }
 
 }  // namespace

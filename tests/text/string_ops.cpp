@@ -1,0 +1,168 @@
+// clsZKString: searching, replacing, filtering, cutting, trimming, case and packed arrays.
+#include <random>
+
+#include "text/text_test_util.h"
+#include "tsruntime/automation/locale.h"
+#include "tsruntime/clsZKString.h"
+
+namespace tsruntime {
+namespace {
+
+using testing::ExpectRuntimeError;
+using testing::Words;
+
+class StringOps : public ::testing::Test {
+ protected:
+  ScopedLocale locale_{"ru_RU"};
+  Ref<clsZKString> s = New<clsZKString>();
+};
+
+TEST_F(StringOps, InstrRightAndReplaceKeepTheirDefinedCorners) {
+  EXPECT_EQ(s->InstrRight(u"abcabc", u"", 3), 3) << "an empty search gives SearchLen";
+  EXPECT_EQ(s->InstrRight(u"abcabc", u"ca", 3), 0) << "an occurrence must lie wholly inside";
+  EXPECT_EQ(s->InstrRight(u"ПриВЕТ привет", u"ВЕТ", -1, 1), 11) << "text compare in Cyrillic";
+  testing::ExpectError([&] { s->InstrRight(u"", u"", -2); }, xcZKERR_STRING_INSTRRIGHT,
+                       u"ZKRuntimeLib.clsZKString.InstrRight", u"SearchLen = -2", "SearchLen -2");
+  EXPECT_EQ(s->Replace(u"aabb", u"ab", u"a"), u"aa") << "an occurrence formed with what follows";
+  EXPECT_EQ(s->Replace(u"aXa", u"a", u"aa"), u"aaXaa") << "resumed after a replacement holding it";
+  EXPECT_EQ(s->Replace(u"abbb", u"ab", u"ca"), u"ccca") << "an occurrence inside the replacement";
+  EXPECT_EQ(s->Replace(u"ПРИВЕТ", u"привет", u"Мир", 1), u"Мир") << "inserted as given";
+  EXPECT_EQ(s->Replace(u"a-b--c", u"-"), u"abc") << "a missing ReplaceStr deletes";
+  // A hundred thousand cascading replacements in one call: no rebuilding per step.
+  EXPECT_EQ(s->Replace(u"aa" + String(100000, u'B'), u"aab", u"aA", 1), u"aA");
+}
+
+// Replace and InstrRight exactly as defined, one occurrence at a time.
+String ReplaceByDefinition(String result, StringView search, StringView by, int32_t mode) {
+  if (search.empty()) return result;
+  const int64_t step = FindString(by, search, 1, mode) > 0 ? static_cast<int64_t>(by.size()) : 0;
+  for (int64_t start = 1, at; (at = FindString(result, search, start, mode)) > 0;) {
+    result = result.substr(0, at - 1) + String(by) + result.substr(at - 1 + search.size());
+    start = at + step;
+  }
+  return result;
+}
+
+int64_t InstrRightByDefinition(StringView work, StringView search, int32_t len, int32_t mode) {
+  if (len == 0) return 0;
+  if (len > 0) work = work.substr(0, static_cast<size_t>(len));
+  if (search.empty()) return static_cast<int64_t>(work.size());
+  int64_t pos = 0;
+  for (int64_t at; (at = FindString(work, search, pos + 1, mode)) > 0;) pos = at;
+  return pos;
+}
+
+TEST_F(StringOps, GeneratedInputsAgreeWithTheDefinitionsAndSurviveAPackingRoundTrip) {
+  std::mt19937 rng(2024);
+  auto text = [&](size_t min, size_t max, StringView alphabet) {
+    String t(min + rng() % (max - min + 1), u'a');
+    for (char16_t& c : t) c = alphabet[rng() % alphabet.size()];
+    return t;
+  };
+  for (int i = 0; i < 30000; ++i) {
+    // Small alphabets make occurrences, and occurrences formed by replacements, frequent.
+    const StringView abc = i % 3 ? StringView(u"abA") : StringView(u"ab");
+    const auto mode = static_cast<int32_t>(rng() % 2), len = static_cast<int32_t>(rng() % 30) - 1;
+    const String text1 = text(0, 24, abc), search = text(0, 4, abc);
+    const auto kind = rng() % 4;  // a deletion, a replacement holding the search, or another
+    const String by = kind == 0 ? String()
+                      : kind == 1 ? text(0, 6, abc) + search + text(0, 2, abc) : text(1, 6, abc);
+    const std::string what = ToUtf8(text1 + u" / " + search + u" / " + by) + " mode " +
+                             std::to_string(mode) + " len " + std::to_string(len);
+    ASSERT_EQ(s->Replace(text1, search, by, mode), ReplaceByDefinition(text1, search, by, mode))
+        << what;
+    ASSERT_EQ(s->InstrRight(text1, search, len, mode),
+              InstrRightByDefinition(text1, search, len, mode)) << what;
+    // Sets below and above the size at which Filter switches to a bitmap.
+    const String chars = text(0, 12, u"aAbBёЁ-1 "), set = text(0, i % 2 ? 4 : 40, u"aAbBёЁ-1 ");
+    String kept;
+    for (char16_t c : chars) kept += ContainsChar(set, c, mode) ? u"" : String(1, c);
+    ASSERT_EQ(s->Filter(chars, set, false, mode), kept) << ToUtf8(chars + u" / " + set);
+    std::vector<String> items(1 + rng() % 4);
+    for (String& item : items) item = text(0, 20, u"0123456789ab\r\n ё");
+    const SafeArray back = s->ArraySplit(s->ArrayJoin(SafeArray::FromStrings(items)));
+    ASSERT_TRUE(back.lbound() == 0 && back.ToStrings() == items) << "packing round trip " << i;
+  }
+}
+
+TEST_F(StringOps, FilterAndTrimMoveTheCaretWithTheText) {
+  int32_t caret = 4;
+  EXPECT_EQ(s->Filter(u"a-b-c", u"-", false, 0, &caret), u"abc");
+  EXPECT_EQ(caret, 2) << "two members dropped before the caret";
+  caret = 3;
+  EXPECT_EQ(s->Filter(u"a-b-c", u"-", true, 0, &caret), u"--") << "members kept with Iclude";
+  EXPECT_EQ(caret, 1) << "two non-members dropped before the caret";
+  EXPECT_EQ(ToUtf8(s->Filter(u"ЁёжЖ", u"ё", true, 1)), "Ёё") << "text compare in Cyrillic";
+  const struct { const char* what; String text; int32_t type, mode, caret, caret_after;
+                 String expected; } trims[] = {
+      {"right only, the caret pulled back", u"xxabcxx", xcZK_TRIM_RIGHT, 0, 7, 5, u"xxabc"},
+      {"neither bit", u"xxabcxx", 0, 0, 5, 5, u"xxabcxx"},
+      {"nothing but trim characters", u"xxx", xcZK_TRIM_BOTH, 0, 3, 0, u""},
+      {"caret 1, two stripped on the left", u"xxab", xcZK_TRIM_LEFT, 0, 1, 0, u"ab"},
+      {"a caret beyond the end, nothing stripped", u"abc", xcZK_TRIM_BOTH, 0, 9, 9, u"abc"},
+      {"text compare ignores case", u"XxaxX", xcZK_TRIM_BOTH, 1, 0, 0, u"a"}};
+  for (const auto& c : trims) {
+    caret = c.caret;
+    EXPECT_EQ(s->Trim(c.text, u"x", xeZK_TRIM_TYPE(c.type), c.mode, &caret), c.expected) << c.what;
+    EXPECT_EQ(caret, c.caret_after) << c.what;
+  }
+}
+
+TEST_F(StringOps, ChangeCaseConvertsTheWholeTextAndPassesOtherValuesThrough) {
+  EXPECT_EQ(s->ChangeCase(u"hELLO wORLD", xcZK_CASE_FIRSTUP), Variant(u"Hello world"));
+  EXPECT_EQ(s->ChangeCase(u"пРИВЕТ мИР", xcZK_CASE_FIRSTUP, u" ,"), Variant(u"Привет мир"))
+      << "delimiters capitalise no words";
+  EXPECT_EQ(s->ChangeCase(u"AbC", xcZK_CASE_ALLDOWN), Variant(u"abc"));
+  EXPECT_EQ(s->ChangeCase(u"straße", xcZK_CASE_ALLUP), Variant(u"STRAßE")) << "length kept";
+  EXPECT_EQ(s->ChangeCase(u"hELLO", xeZK_CHANGE_CASE(7)), Variant(u"hELLO")) << "unknown type";
+  for (const Variant& v : {Variant(5), Variant(), Variant::Null(), Variant(Date{4.5})}) {
+    const Variant r = s->ChangeCase(v, xcZK_CASE_ALLUP, u" ");
+    EXPECT_TRUE(r.type() == v.type() && r == v) << ToUtf8(TypeName(v.type()));
+  }
+}
+
+TEST_F(StringOps, GetLeftAndGetRightCutAtTheSeparator) {
+  const struct { const char* what; bool right; String text, sep; bool other_end, include, all;
+                 String expected; } cases[] = {
+      {"left of the first", false, u"a.b.c", u".", false, false, false, u"a"},
+      {"left of the last, separator kept", false, u"a.b.c", u".", true, true, false, u"a.b."},
+      {"left, no match, AllIfNoMatch", false, u"abc", u".", false, false, true, u"abc"},
+      {"left, an empty separator never matches", false, u"abc", u"", false, false, false, u""},
+      {"left, always binary", false, u"aXb", u"x", false, false, true, u"aXb"},
+      {"right of the first", true, u"a::b::c", u"::", true, false, false, u"b::c"},
+      {"right, separator kept", true, u"a.b.c", u".", false, true, false, u".c"},
+      {"right, the separator last", true, u"abc.", u".", false, false, true, u""}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.right ? s->GetRight(c.text, c.sep, c.other_end, c.include, c.all)
+                      : s->GetLeft(c.text, c.sep, c.other_end, c.include, c.all),
+              c.expected) << c.what;
+  }
+}
+
+TEST_F(StringOps, ArrayJoinWritesLengthHeadersAndArraySplitReadsThem) {
+  EXPECT_EQ(s->ArrayJoin(SafeArray::FromStrings({u"ab", u"", u"xyz"})),
+            u"000000011ab000000009000000012xyz");
+  EXPECT_EQ(s->ArrayJoin(SafeArray::FromStrings({u"p", u"a"}, -1)), u"000000010a")
+      << "elements below index 0 are skipped";
+  EXPECT_EQ(s->ArrayJoin(SafeArray::FromVariants({12})), u"00000001112") << "values as text";
+  ExpectRuntimeError([&] { s->ArrayJoin(SafeArray::FromStrings({u"a"}, 1)); },
+                     RuntimeError::kSubscriptOutOfRange, "lower bound 1");
+  const struct { const char* what; String text; int32_t lower; const char* items; } splits[] = {
+      {"empty text gives bounds -1 to -1", u"", -1, ""},
+      {"one character gives one empty element", u"7", 0, ""},
+      {"a record past the end is cut short", u"000000020abc", 0, "abc"},
+      {"the last character alone is not read", u"000000010ax", 0, "a"},
+      {"headers convert as the host converts", u" 00000011ab+00000010c", 0, "ab c"}};
+  for (const auto& c : splits) {
+    const SafeArray a = s->ArraySplit(c.text);
+    EXPECT_EQ(a.lbound(), c.lower) << c.what;
+    EXPECT_EQ(a.ToStrings(), *c.items ? Words(c.items) : std::vector<String>{u""}) << c.what;
+  }
+  ExpectRuntimeError([&] { s->ArraySplit(u"000000011ab00000000x"); },
+                     RuntimeError::kTypeMismatch, "a header not a number");
+  ExpectRuntimeError([&] { s->ArraySplit(u"000000005abcd"); }, RuntimeError::kInvalidCall,
+                     "a header below 9");
+}
+
+}  // namespace
+}  // namespace tsruntime
