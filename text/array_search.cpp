@@ -1,18 +1,10 @@
 // Binary search and the emptiness test of clsZKArray.
 #include "array_rows.h"
+#include "tsruntime/automation/checked.h"
 #include "tsruntime/automation/convert.h"
 #include "tsruntime/clsZKArray.h"
 
 namespace tsruntime {
-namespace {
-
-int32_t CheckedLong(int64_t value) {
-  if (value < INT32_MIN || value > INT32_MAX) RaiseRuntime(RuntimeError::kOverflow);
-  return static_cast<int32_t>(value);
-}
-
-}  // namespace
-
 bool clsZKArray::IsArrayNothing(const Variant& Expression) const {
   return !Expression.isArray() || IsArrayNothing(Expression.asArray());
 }

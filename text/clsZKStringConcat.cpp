@@ -2,22 +2,9 @@
 
 #include <limits>
 
+#include "tsruntime/automation/checked.h"
+
 namespace tsruntime {
-namespace {
-
-int32_t CheckedAdd(int32_t a, int32_t b) {
-  int32_t r;
-  if (__builtin_add_overflow(a, b, &r)) RaiseRuntime(RuntimeError::kOverflow);
-  return r;
-}
-
-int32_t CheckedMul(int32_t a, int32_t b) {
-  int32_t r;
-  if (__builtin_mul_overflow(a, b, &r)) RaiseRuntime(RuntimeError::kOverflow);
-  return r;
-}
-
-}  // namespace
 
 void clsZKStringConcat::Clear() {
   String().swap(text_);

@@ -12,6 +12,8 @@
 #include <memory>
 #include <vector>
 
+#include "tsruntime/automation/checked.h"
+
 namespace tsruntime::md5_detail {
 namespace {
 
@@ -146,10 +148,7 @@ void Md5State::Init() {
 }
 
 void Md5State::Update(int32_t input_len, const uint8_t* input, int64_t lower, int64_t upper) {
-  int32_t new_count;
-  if (__builtin_add_overflow(count, input_len, &new_count)) {
-    RaiseRuntime(RuntimeError::kOverflow);
-  }
+  const int32_t new_count = CheckedAdd(count, input_len);
   const int32_t index = count % kRecord;  // negative for a negative count, as Mod gives
   const int32_t part_len = kRecord - index;
   const bool fills_block = input_len >= part_len;
@@ -194,8 +193,7 @@ void Md5State::Update(int32_t input_len, const uint8_t* input, int64_t lower, in
 }
 
 void Md5State::Final() {
-  int32_t bits;
-  if (__builtin_mul_overflow(count, 8, &bits)) RaiseRuntime(RuntimeError::kOverflow);
+  const int32_t bits = CheckedMul(count, 8);
   const int32_t index = count % kRecord;
   // Past position 56 the padding length is taken from the whole count, not the index:
   // from 64 bytes on it comes out negative, nothing is padded and the count drops to 120.
@@ -256,7 +254,7 @@ void Md5State::HashFile(const std::string& path) {
   }
   std::memcpy(buffer, chunk.get(), held);
   const int32_t tail = static_cast<int32_t>(held % kRecord);
-  if (__builtin_add_overflow(count, tail, &count)) RaiseRuntime(RuntimeError::kOverflow);
+  count = CheckedAdd(count, tail);
   Final();
 }
 

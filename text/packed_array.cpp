@@ -8,11 +8,11 @@
 #include <vector>
 
 #include "string_matcher.h"
+#include "tsruntime/automation/checked.h"
 #include "tsruntime/clsZKString.h"
 
 namespace tsruntime {
 
-using string_detail::ToLongPosition;
 
 namespace {
 
@@ -62,7 +62,7 @@ String clsZKString::ArrayJoin(const SafeArray& DataArray) const {
   int64_t total = 0;
   for (int32_t i = 0; i <= upper; ++i) {
     total += static_cast<int64_t>(ElementText(DataArray, i, scratch).size()) + kHeader;
-    ToLongPosition(total);
+    CheckedLong(total);
   }
   String result;
   result.reserve(static_cast<size_t>(total));
@@ -88,7 +88,7 @@ SafeArray clsZKString::ArraySplit(const String& DataString) const {
     elements.push_back(from < length ? DataString.substr(static_cast<size_t>(from),
                                                          static_cast<size_t>(record - kHeader))
                                      : String());
-    p = ToLongPosition(p + record);
+    p = CheckedLong(p + record);
   }
   if (elements.empty()) elements.emplace_back();
   return SafeArray::FromStrings(elements);

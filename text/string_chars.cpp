@@ -2,13 +2,13 @@
 #include <algorithm>
 
 #include "string_matcher.h"
+#include "tsruntime/automation/checked.h"
 #include "tsruntime/automation/locale.h"
 #include "tsruntime/clsZKString.h"
 
 namespace tsruntime {
 
 using string_detail::CharSet;
-using string_detail::ToLongPosition;
 
 String clsZKString::Filter(const String& Expression, const String& FilteringStr, bool Iclude,
                            int32_t CompareType, int32_t* SelStart) const {
@@ -25,7 +25,7 @@ String clsZKString::Filter(const String& Expression, const String& FilteringStr,
       ++removed_before_caret;
     }
   }
-  if (SelStart) *SelStart = ToLongPosition(caret - removed_before_caret);
+  if (SelStart) *SelStart = CheckedLong(caret - removed_before_caret);
   return result;
 }
 

@@ -89,9 +89,5 @@ CharSet::CharSet(StringView set, int32_t mode) : fold_(mode != vbBinaryCompare) 
   for (char16_t u : units) bits_[u >> 6] |= uint64_t{1} << (u & 63);
 }
 
-int32_t ToLongPosition(int64_t value) {
-  if (value > std::numeric_limits<int32_t>::max()) RaiseRuntime(RuntimeError::kOverflow);
-  return static_cast<int32_t>(value);
-}
 
 }  // namespace tsruntime::string_detail

@@ -77,7 +77,5 @@ class CharSet {
   std::vector<uint64_t> bits_;  // a long one, as a bitmap of all code units
 };
 
-// A 1-based position or length as the host's 32-bit Long; overflow (6) beyond it.
-int32_t ToLongPosition(int64_t value);
 
 }  // namespace tsruntime::string_detail

@@ -2,6 +2,7 @@
 #include <string>
 
 #include "string_matcher.h"
+#include "tsruntime/automation/checked.h"
 #include "tsruntime/clsZKString.h"
 #include "tsruntime/errors.h"
 
@@ -9,7 +10,6 @@ namespace tsruntime {
 
 using string_detail::kNotFound;
 using string_detail::Matcher;
-using string_detail::ToLongPosition;
 
 namespace {
 
@@ -32,12 +32,12 @@ int32_t clsZKString::InstrRight(const String& Expression, const String& SearchSt
     if (SearchLen == 0) return 0;
     work = work.substr(0, static_cast<size_t>(SearchLen));
   }
-  if (SearchStr.empty()) return ToLongPosition(static_cast<int64_t>(work.size()));
+  if (SearchStr.empty()) return CheckedLong(static_cast<int64_t>(work.size()));
   // The last start position is where stepping through every occurrence, overlapping
   // ones included, would stop.
   const size_t at =
       Matcher(SearchStr, CompareType, Matcher::Direction::kBackward).FindLast(work);
-  return at == kNotFound ? 0 : ToLongPosition(static_cast<int64_t>(at) + 1);
+  return at == kNotFound ? 0 : CheckedLong(static_cast<int64_t>(at) + 1);
 }
 
 String clsZKString::GetLeft(const String& Expression, const String& SepStr, bool InstrRight,
