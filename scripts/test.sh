@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# Builds and runs the whole test suite: the optimised build, then the debug build
-# under AddressSanitizer and UndefinedBehaviorSanitizer.
+# Builds and runs the whole test suite: the optimised build, the debug build under
+# AddressSanitizer and UndefinedBehaviorSanitizer, then a short run of every fuzz target.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 for preset in release debug; do
   bash scripts/build.sh "$preset"
   ctest --preset "$preset"
 done
+bash scripts/fuzz.sh "${TSRUNTIME_FUZZ_SECONDS:-10}"

@@ -18,7 +18,7 @@
 
 namespace tsruntime {
 
-class ClassInfo;
+struct ClassInfo;
 class Variant;
 
 class Object {
