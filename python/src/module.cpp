@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "tsruntime/automation/dispatch.h"
+#include "tsruntime/automation/modules.h"
 #include "values.h"
 
 namespace tsruntime::python {
@@ -309,6 +310,10 @@ PYBIND11_MODULE(_tsruntime, m) {
       },
       py::arg("object"), py::arg("callback"),
       "Calls callback(event_name, args) for every event the object raises.");
+  m.def(
+      "pump",
+      [] { InvokeFromPython([] { PumpWaitingMessages(); return 0; }); },
+      "Runs the events waiting on this thread's event loop (timer ticks, window messages).");
   m.def("class_info", &ClassDescription, py::arg("name"),
         "The type information of a class by ProgID or name, or None.");
   m.def(

@@ -310,10 +310,12 @@ def DispatchWithEvents(progid, user_event_class):
 
 
 def PumpWaitingMessages(firstMessage=-1, lastMessage=-1):
-    """Runs the events waiting on this thread; returns 0 (1 would mean a quit request).
+    """Runs the events waiting on this thread and returns 0 (1 would mean a quit request).
 
-    The library delivers every event synchronously, inside the call that raises it, so no
-    event ever waits and this returns 0 at once. Loops written for win32com that pump
-    between calls work unchanged. The arguments are accepted for compatibility.
+    Timer ticks (CTimer's ThatTime) and window messages reach their handlers here, on
+    the thread's Qt event loop, once a user-interface class is in use; before that
+    nothing waits and this returns at once. An exception in a handler run by the pump is
+    raised here. The arguments are accepted for compatibility and ignored.
     """
+    _rt.pump()
     return 0

@@ -1,0 +1,29 @@
+// The user-interface classes live in libtsruntime-ui.so, the only part of the library
+// that needs Qt. They are named here so that every listing shows them, and the module is
+// loaded when one of them is first looked up or created. A class added to the module is
+// added to this list too.
+#include "tsruntime/CTimer.h"
+#include "tsruntime/ISubclass.h"
+#include "tsruntime/automation/modules.h"
+
+namespace tsruntime {
+namespace {
+
+[[maybe_unused]] const bool ui_classes_named = RegisterModuleClasses(
+    "libtsruntime-ui.so",
+    {{"CTimer"}, {"GSubclass"}, {"ISubclass", false}, {"PlainWindow"}});
+
+// The enumerations are plain numbers: listed without loading the module.
+const EnumInfo kTimerErrors{u"EErrorTimer",
+                            {{u"eeBaseTimer", eeBaseTimer},
+                             {u"eeTooManyTimers", eeTooManyTimers},
+                             {u"eeCantCreateTimer", eeCantCreateTimer}}};
+const EnumInfo kMsgResponses{u"EMsgResponse",
+                             {{u"emrConsume", emrConsume},
+                              {u"emrPostProcess", emrPostProcess},
+                              {u"emrPreprocess", emrPreprocess}}};
+[[maybe_unused]] const bool ui_enums_registered =
+    RegisterEnum(kTimerErrors) && RegisterEnum(kMsgResponses);
+
+}  // namespace
+}  // namespace tsruntime
