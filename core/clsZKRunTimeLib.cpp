@@ -9,6 +9,7 @@ void clsZKRunTimeLib::LetLanguage(int32_t value) { SetInterfaceLanguage(value); 
 
 Ref<clsZKString> clsZKRunTimeLib::GetObjString() const { return New<clsZKString>(); }
 Ref<clsZKArray> clsZKRunTimeLib::GetObjArray() const { return New<clsZKArray>(); }
+Ref<clsZKMem> clsZKRunTimeLib::GetObjMem() const { return New<clsZKMem>(); }
 
 TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
   static const ClassInfo info =
@@ -19,6 +20,7 @@ TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
           .Get("Language", &clsZKRunTimeLib::Language)
           .Get("GetObjString", &clsZKRunTimeLib::GetObjString)
           .Get("GetObjArray", &clsZKRunTimeLib::GetObjArray)
+          .Get("GetObjMem", &clsZKRunTimeLib::GetObjMem)
           .Build();
   return info;
 }

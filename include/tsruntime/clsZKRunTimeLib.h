@@ -15,6 +15,7 @@
 #include "tsruntime/automation/dispatch.h"
 #include "tsruntime/clsZKString.h"
 #include "tsruntime/clsZKArray.h"
+#include "tsruntime/clsZKMem.h"
 #include "tsruntime/errors.h"
 
 namespace tsruntime {
@@ -34,6 +35,7 @@ class clsZKRunTimeLib : public Object {
   // Service objects: a new one on every read; the caller owns it.
   Ref<clsZKString> GetObjString() const;
   Ref<clsZKArray> GetObjArray() const;
+  Ref<clsZKMem> GetObjMem() const;
 };
 
 }  // namespace tsruntime
