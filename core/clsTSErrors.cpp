@@ -3,7 +3,7 @@
 #include <cmath>
 #include <new>
 
-#include "error_report.h"
+#include "tsruntime/error_report.h"
 #include "tsruntime/automation/convert.h"
 
 namespace tsruntime {

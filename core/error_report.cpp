@@ -1,4 +1,4 @@
-#include "error_report.h"
+#include "tsruntime/error_report.h"
 
 #include <string>
 
