@@ -7,6 +7,8 @@ install(TARGETS tsruntime EXPORT tsruntimeTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/tsruntime DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# The compression module goes beside the library, where the runtime looks for it first.
+install(TARGETS tszlib LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
 set(TSRUNTIME_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/tsruntime)
 install(EXPORT tsruntimeTargets NAMESPACE tsruntime:: DESTINATION ${TSRUNTIME_CMAKE_DIR})
