@@ -1,14 +1,29 @@
 #include "tsruntime/error_report.h"
 
+#include <cstdlib>
 #include <string>
 
 #include "terminal_text.h"
+#include "tsruntime/automation/modules.h"
 #include "tsruntime/clsTSErrors.h"
 
 namespace tsruntime {
 namespace {
 
 ErrorReportPresenter presenter = nullptr;  // set once by the window module, if ever
+
+bool Named(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value && *value;
+}
+
+// The report window lives in the user-interface module; it is worth loading only when a
+// window can be seen, or when the host chose a Qt platform itself.
+void LoadReportWindow() {
+  if (presenter || !(Named("DISPLAY") || Named("WAYLAND_DISPLAY") || Named("QT_QPA_PLATFORM")))
+    return;
+  LoadModule("libtsruntime-ui.so");
+}
 
 }  // namespace
 
@@ -35,6 +50,7 @@ ErrorReportPresenter SetErrorReportPresenter(ErrorReportPresenter p) {
 }
 
 void PresentErrorReport(const String& caption, const String& text) {
+  LoadReportWindow();
   if (presenter && presenter(caption, text)) return;
   WriteToTerminal(stderr, text);
 }

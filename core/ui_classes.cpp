@@ -11,7 +11,7 @@ namespace {
 
 [[maybe_unused]] const bool ui_classes_named = RegisterModuleClasses(
     "libtsruntime-ui.so",
-    {{"CTimer"}, {"GSubclass"}, {"ISubclass", false}, {"PlainWindow"}});
+    {{"CTimer"}, {"GSubclass"}, {"ISubclass", false}, {"PlainWindow"}, {"clsZKCDL"}});
 
 // The enumerations are plain numbers: listed without loading the module.
 const EnumInfo kTimerErrors{u"EErrorTimer",

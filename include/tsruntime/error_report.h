@@ -35,7 +35,9 @@ using ErrorReportPresenter = bool (*)(const String& caption, const String& text)
 // Installs the report window (null: none); returns the one installed before.
 ErrorReportPresenter SetErrorReportPresenter(ErrorReportPresenter presenter);
 
-// Shows the report through the installed presenter, else on standard error.
+// Shows the report through the installed presenter, else on standard error. With a
+// display (DISPLAY, WAYLAND_DISPLAY, or a platform named by QT_QPA_PLATFORM) and no
+// presenter yet, loads libtsruntime-ui.so first, whose report window installs itself.
 void PresentErrorReport(const String& caption, const String& text);
 
 }  // namespace tsruntime

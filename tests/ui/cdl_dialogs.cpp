@@ -1,0 +1,324 @@
+// clsZKCDL's dialogs, driven as a user would drive them (see modal_script.h): what each
+// dialog is shown with, and what confirming or cancelling leaves in the properties.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <QColorDialog>
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QFontDialog>
+#include <QLineEdit>
+#include <QUrl>
+#include <filesystem>
+#include <fstream>
+
+#include "application.h"
+#include "modal_script.h"
+#include "support/outcome.h"
+#include "tsruntime/clsZKCDL.h"
+
+namespace tsruntime {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ModalScript;
+using testing::RaisedFields;
+using testing::U8;
+
+const String kNul(1, u'\0');
+
+std::string Text(const QString& s) { return s.toStdString(); }
+String Wide(const fs::path& p) { return FromUtf8(p.string()); }
+// QFileDialog hides accept(); it is QDialog's public one, as the OK button calls it.
+void Accept(QDialog& d) { d.accept(); }
+// Types a name into a file dialog's name box, as a user would, and confirms.
+void TypeAndAccept(QFileDialog& d, const std::string& name) {
+  auto* box = d.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+  ASSERT_NE(box, nullptr);
+  box->setText(QString::fromStdString(name));
+  Accept(d);
+}
+
+// A fresh folder with two files, removed afterwards.
+class Folder {
+ public:
+  Folder() : path_(fs::temp_directory_path() / ("cdl-" + std::to_string(::getpid()) + "-" +
+                                                 std::to_string(counter_++))) {
+    fs::create_directories(path_ / "sub");
+    std::ofstream(path_ / "a.txt") << "a";
+    std::ofstream(path_ / "b.log") << "b";
+  }
+  ~Folder() { fs::remove_all(path_); }
+  const fs::path& path() const { return path_; }
+
+ private:
+  static inline int counter_ = 0;
+  fs::path path_;
+};
+
+TEST(CdlDialogs, OpenFileShowsTheSettingsAndSplitsTheChoice) {
+  Folder folder;
+  ASSERT_TRUE(ui_detail::EnsureApplication());  // the owner window needs it first
+  QWidget owner;
+  owner.winId();
+  auto cdl = New<clsZKCDL>();
+  cdl->LethwndOwner(static_cast<int32_t>(owner.winId()));
+  cdl->LetFileDialogTitle(u"Выбор файла");
+  cdl->LetFileFilter(u"Тексты|*.txt|Журналы и тексты|*.log;*.txt");
+  cdl->LetFileFilterIndex(2);
+  cdl->LetFilePath(Wide(folder.path()));
+  cdl->Letflags(0x1000);
+  std::string seen;
+  ModalScript script;
+  script.On<QFileDialog>([&](QFileDialog& d) {
+    seen = Text(d.windowTitle()) + " | " + Text(d.nameFilters().join(u',')) + " | " +
+           Text(d.selectedNameFilter()) + " | " + Text(d.directory().absolutePath()) + " | " +
+           (d.parentWidget() == &owner ? "owned" : "not owned") + " | " +
+           (d.fileMode() == QFileDialog::ExistingFile ? "must exist" : "any file");
+    d.selectNameFilter(d.nameFilters().at(0));
+    TypeAndAccept(d, (folder.path() / "a.txt").string());
+  });
+  cdl->ShowOpenFile();
+  ASSERT_TRUE(script.Done()) << script.Trace();
+  EXPECT_EQ(seen, "Выбор файла | Тексты (*.txt),Журналы и тексты (*.log *.txt) | "
+                  "Журналы и тексты | " + folder.path().string() +
+                  " | owned | must exist");
+  EXPECT_EQ(cdl->APIReturn(), 1);
+  EXPECT_EQ(U8(cdl->FileFullName()), (folder.path() / "a.txt").string());
+  EXPECT_EQ(cdl->FileName(), u"a.txt");
+  EXPECT_EQ(U8(cdl->FilePath()), folder.path().string()) << "up to the last /, without it";
+  EXPECT_EQ(cdl->FileFilterIndex(), 1) << "the filter left selected, from 1";
+}
+
+TEST(CdlDialogs, SaveFileAddsTheDefaultExtensionAndChecksTheNameCapacity) {
+  Folder folder;
+  const std::string dir = folder.path().string();
+  // The capacity counts the whole name; names are made to the length each row needs.
+  auto name_of_length = [&](size_t n) { return dir + "/" + std::string(n - dir.size() - 1, 'n'); };
+  const struct {
+    const char* what;
+    int32_t max_size;
+    std::string typed, default_ext;
+    std::string expected;  // APIReturn, ExtendedError, FileFullName
+  } rows[] = {
+      {"the default extension is added to a bare name", 0, dir + "/report", "txt",
+       "1 0 " + dir + "/report.txt"},
+      {"a leading dot of the default extension is not doubled", 0, dir + "/report", ".md",
+       "1 0 " + dir + "/report.md"},
+      {"a name with an extension keeps it", 0, dir + "/report.log", "txt",
+       "1 0 " + dir + "/report.log"},
+      {"FileMaxSize 0 accepts 255 characters", 0, name_of_length(255), "",
+       "1 0 " + name_of_length(255)},
+      {"FileMaxSize 0 refuses 256 characters", 0, name_of_length(256), "", "0 12291 before"},
+      {"a negative FileMaxSize means 255 too", -7, name_of_length(256), "", "0 12291 before"},
+      {"FileMaxSize is the longest name accepted", 60, name_of_length(60), "",
+       "1 0 " + name_of_length(60)},
+      {"one character more is refused", 60, name_of_length(61), "", "0 12291 before"},
+  };
+  for (const auto& row : rows) {
+    auto cdl = New<clsZKCDL>();
+    cdl->LetFileFullName(u"before");
+    cdl->LetFileMaxSize(row.max_size);
+    cdl->LetFileDefaultExt(FromUtf8(row.default_ext));
+    cdl->LetCancelError(true);  // a refused name is no cancellation: nothing is raised
+    ModalScript script;
+    script.On<QFileDialog>([&](QFileDialog& d) {
+      TypeAndAccept(d, row.typed);
+    });
+    EXPECT_EQ(RaisedFields([&] { cdl->ShowSaveFile(); }), "nothing raised") << row.what;
+    ASSERT_TRUE(script.Done()) << row.what << script.Trace();
+    EXPECT_EQ(std::to_string(cdl->APIReturn()) + " " + std::to_string(cdl->ExtendedError()) +
+                  " " + U8(cdl->FileFullName()),
+              row.expected)
+        << row.what;
+  }
+}
+
+TEST(CdlDialogs, CancellingReportsAnErrorOnlyWithCancelError) {
+  const std::string bare = "2001\n\n\n\n0";
+  const std::string color = "-2147220610\nZKRuntimeLib.clsZKCDL.ShowColor\nCancel Pressed\n\n0";
+  const struct {
+    const char* what;
+    void (clsZKCDL::*show)();
+    bool cancel_error;
+    std::string raised;
+  } rows[] = {
+      {"open, quietly", &clsZKCDL::ShowOpenFile, false, "nothing raised"},
+      {"open, with CancelError: 2001 and nothing else", &clsZKCDL::ShowOpenFile, true, bare},
+      {"save, quietly", &clsZKCDL::ShowSaveFile, false, "nothing raised"},
+      {"save, with CancelError", &clsZKCDL::ShowSaveFile, true, bare},
+      {"font, quietly", &clsZKCDL::ShowFont, false, "nothing raised"},
+      {"font, with CancelError: as the file dialogs", &clsZKCDL::ShowFont, true, bare},
+      {"colour, quietly", &clsZKCDL::ShowColor, false, "nothing raised"},
+      {"colour, with CancelError: its own number and text", &clsZKCDL::ShowColor, true, color},
+  };
+  for (const auto& row : rows) {
+    auto cdl = New<clsZKCDL>();
+    cdl->LetCancelError(row.cancel_error);
+    cdl->LetFileFullName(u"/kept");
+    cdl->LetColor(123);
+    cdl->LetFontName(u"Kept");
+    ModalScript script;
+    script.On<QDialog>([](QDialog& d) { d.reject(); });
+    EXPECT_EQ(RaisedFields([&] { ((*cdl).*row.show)(); }), row.raised) << row.what;
+    ASSERT_TRUE(script.Done()) << row.what << script.Trace();
+    EXPECT_EQ(cdl->APIReturn(), 0) << row.what;
+    EXPECT_EQ(cdl->FileFullName() + cdl->FontName(), u"/keptKept") << row.what;
+    EXPECT_EQ(cdl->Color(), 123) << row.what;
+  }
+}
+
+TEST(CdlDialogs, ColorDialogTradesColoursBothWays) {
+  const struct {
+    const char* what;
+    int32_t flags;
+    std::string initial;  // as the dialog shows it
+  } rows[] = {
+      {"flag 1 starts from Color", 1, "#ff0000"},
+      {"without it the dialog starts from black", 0, "#000000"},
+  };
+  for (const auto& row : rows) {
+    auto cdl = New<clsZKCDL>();
+    cdl->LetColor(0x0000FF);  // red: red is the low byte
+    cdl->Letflags(row.flags);
+    cdl->LetColorsCustom(u"0" + kNul + u"65280");
+    std::string seen;
+    ModalScript script;
+    script.On<QColorDialog>([&](QColorDialog& d) {
+      seen = Text(d.currentColor().name()) + " " + Text(QColorDialog::customColor(0).name()) +
+             " " + Text(QColorDialog::customColor(1).name()) + " " +
+             Text(QColorDialog::customColor(15).name());
+      d.setCurrentColor(QColor(0, 0, 255));
+      QColorDialog::setCustomColor(3, QColor(1, 2, 3));
+      Accept(d);
+    });
+    cdl->ShowColor();
+    ASSERT_TRUE(script.Done()) << row.what << script.Trace();
+    EXPECT_EQ(seen, row.initial + " #ffffff #00ff00 #ffffff")
+        << row.what << ": unset custom colours show white";
+    EXPECT_EQ(cdl->APIReturn(), 1);
+    EXPECT_EQ(cdl->Color(), 0xFF0000) << "blue is the high byte";
+    std::vector<int32_t> custom(16, 16777215);
+    custom[1] = 65280;
+    custom[3] = 0x030201;
+    String expected;
+    for (size_t i = 0; i < custom.size(); ++i)
+      expected += (i ? kNul : String()) + FromAscii(std::to_string(custom[i]));
+    EXPECT_EQ(cdl->ColorsCustom(), expected) << row.what;
+  }
+}
+
+TEST(CdlDialogs, ACancelledColourDialogStillLeavesWhiteForUnsetColours) {
+  auto cdl = New<clsZKCDL>();
+  String seventeen = u"0" + kNul + u"1";
+  for (int i = 2; i < 17; ++i) seventeen += kNul + u"2";
+  cdl->LetColorsCustom(seventeen);
+  ModalScript script;
+  script.On<QColorDialog>([](QColorDialog& d) { d.reject(); });
+  cdl->ShowColor();
+  ASSERT_TRUE(script.Done()) << script.Trace();
+  String expected = u"16777215" + kNul + u"1";
+  for (int i = 2; i < 16; ++i) expected += kNul + u"2";
+  EXPECT_EQ(cdl->ColorsCustom(), expected) << "cut to sixteen, zeros made white, for good";
+}
+
+TEST(CdlDialogs, FontDialogMapsTheFontPropertiesBothWays) {
+  auto cdl = New<clsZKCDL>();
+  cdl->LetFontName(u"DejaVu Serif");
+  cdl->LetFontSize(14);
+  cdl->LetFontBold(true);
+  cdl->LetFontItalic(true);
+  cdl->LetFontColor(0x123456);
+  std::string seen;
+  ModalScript script;
+  script.On<QFontDialog>([&](QFontDialog& d) {
+    const QFont f = d.currentFont();
+    seen = Text(f.family()) + " " + std::to_string(f.pointSize()) +
+           (f.weight() >= QFont::Bold ? " bold" : "") + (f.italic() ? " italic" : "") +
+           (f.underline() ? " underline" : "") + (f.strikeOut() ? " strikeout" : "");
+    QFont chosen(QStringLiteral("DejaVu Sans"), 10);
+    chosen.setUnderline(true);
+    chosen.setStrikeOut(true);
+    chosen.setStyleName(QStringLiteral("Book"));  // the plain face, as picked in the style list
+    d.setCurrentFont(chosen);
+    Accept(d);
+  });
+  cdl->ShowFont();
+  ASSERT_TRUE(script.Done()) << script.Trace();
+  EXPECT_EQ(seen, "DejaVu Serif 14 bold italic");
+  EXPECT_EQ(cdl->APIReturn(), 1);
+  EXPECT_EQ(cdl->FontName(), u"DejaVu Sans");
+  EXPECT_EQ(cdl->FontSize(), 10);
+  EXPECT_FALSE(cdl->FontBold());
+  EXPECT_FALSE(cdl->FontItalic());
+  EXPECT_TRUE(cdl->FontUnderline());
+  EXPECT_TRUE(cdl->FontStrikethru());
+  EXPECT_EQ(cdl->FontColor(), 0x123456) << "the dialog offers no colour; it is kept";
+}
+
+TEST(CdlDialogs, FolderDialogStartsInFolderPathAndCancellingClearsIt) {
+  Folder folder;
+  auto cdl = New<clsZKCDL>();
+  cdl->LetFolderPrompt(u"Куда сохранить?");
+  cdl->LetFolderPath(Wide(folder.path()));
+  std::string seen;
+  ModalScript confirm;
+  confirm.On<QFileDialog>([&](QFileDialog& d) {
+    seen = Text(d.windowTitle()) + " | " + Text(d.directory().absolutePath()) + " | " +
+           (d.fileMode() == QFileDialog::Directory ? "folders" : "files");
+    TypeAndAccept(d, (folder.path() / "sub").string());
+  });
+  cdl->ShowFolder();
+  ASSERT_TRUE(confirm.Done()) << confirm.Trace();
+  EXPECT_EQ(seen, "Куда сохранить? | " + folder.path().string() + " | folders");
+  EXPECT_EQ(U8(cdl->FolderPath()), (folder.path() / "sub").string());
+  EXPECT_EQ(cdl->APIReturn(), 1);
+
+  ModalScript cancel;
+  cancel.On<QFileDialog>([](QFileDialog& d) { d.reject(); });
+  cdl->ShowFolder();
+  ASSERT_TRUE(cancel.Done()) << cancel.Trace();
+  EXPECT_EQ(cdl->FolderPath(), u"");
+  EXPECT_EQ(cdl->APIReturn(), 1) << "a cancelled folder dialog leaves APIReturn as it was";
+}
+
+// Stands in for the desktop's handler of local files.
+class FileOpener : public QObject {
+  Q_OBJECT
+ public:
+  std::string opened;
+ public slots:
+  void Open(const QUrl& url) { opened += url.toString().toStdString() + ";"; }
+};
+
+TEST(CdlDialogs, HelpOpensTheFileWithTheDesktopHandler) {
+  Folder folder;
+  const std::string help = (folder.path() / "a.txt").string();
+  FileOpener opener;
+  QDesktopServices::setUrlHandler(QStringLiteral("file"), &opener, "Open");
+  const struct {
+    const char* what;
+    std::string file;
+    int32_t command;
+    std::string expected;  // APIReturn, then what was opened
+  } rows[] = {
+      {"an existing file is handed over", help, 1, "1 file://" + help + ";"},
+      {"a missing file opens nothing", help + ".missing", 1, "0 "},
+      {"no file opens nothing", "", 257, "0 "},
+      {"quit has no window to close and succeeds", "", 2, "1 "},
+  };
+  for (const auto& row : rows) {
+    opener.opened.clear();
+    auto cdl = New<clsZKCDL>();
+    cdl->LetHelpFileFullName(FromUtf8(row.file));
+    cdl->LetHelpCommand(row.command);
+    cdl->ShowHelp();
+    EXPECT_EQ(std::to_string(cdl->APIReturn()) + " " + opener.opened, row.expected) << row.what;
+  }
+  QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+}
+
+}  // namespace
+}  // namespace tsruntime
+
+#include "cdl_dialogs.moc"

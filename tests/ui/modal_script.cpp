@@ -1,0 +1,65 @@
+#include "modal_script.h"
+
+#include <QCoreApplication>
+
+namespace tsruntime::testing {
+namespace {
+
+constexpr int kPollMs = 10;
+constexpr int kDeadlinePolls = 1500;  // fifteen seconds without progress
+
+ModalScript* pending = nullptr;  // waiting for the application to exist
+
+}  // namespace
+
+ModalScript::ModalScript() {
+  if (QCoreApplication::instance()) {
+    Start();
+  } else {
+    pending = this;
+    qAddPreRoutine(&ModalScript::StartPending);
+  }
+}
+
+ModalScript::~ModalScript() {
+  if (pending == this) pending = nullptr;
+  delete timer_;
+}
+
+void ModalScript::StartPending() {
+  if (ModalScript* script = pending) {
+    pending = nullptr;
+    script->Start();
+  }
+}
+
+void ModalScript::Start() {
+  timer_ = new QTimer;
+  QObject::connect(timer_, &QTimer::timeout, [this] { Poll(); });
+  timer_->start(kPollMs);
+}
+
+void ModalScript::Poll() {
+  QWidget* modal = QApplication::activeModalWidget();
+  if (++polls_ > kDeadlinePolls && modal) {
+    // Nothing expected this window, or its step never came: let the test go on and fail.
+    trace_ += " | closed an unexpected " + std::string(modal->metaObject()->className());
+    modal->close();
+    return;
+  }
+  if (acting_ || Done() || !modal || !modal->inherits(steps_[next_].class_name)) return;
+  trace_ += std::string(" | ") + steps_[next_].class_name;
+  polls_ = 0;
+  acting_ = true;
+  // Posted, not called: a step that opens another modal window blocks in its loop, and
+  // Qt does not fire this timer again while its own handler is running.
+  QMetaObject::invokeMethod(
+      qApp,
+      [this, modal, act = steps_[next_++].act] {
+        acting_ = false;
+        act(*modal);
+      },
+      Qt::QueuedConnection);
+}
+
+}  // namespace tsruntime::testing

@@ -1,0 +1,61 @@
+// Plays the user's part for modal windows: each step waits until a modal window of its
+// type is the active one, then acts on it (fills in a value, accepts, rejects, clicks).
+//
+//   ModalScript script;
+//   script.On<QFileDialog>([&](QFileDialog& d) { d.selectFile(path); d.accept(); });
+//   cdl->ShowOpenFile();              // returns once the step has accepted
+//   EXPECT_TRUE(script.Done());
+//
+// Steps run from the event loop of the modal window they wait for. The script starts
+// polling at once when the application exists, else as soon as it is created (the module
+// makes it on demand). A script that is not done within its deadline rejects every modal
+// window, so that a missed step fails the test instead of hanging it.
+#pragma once
+
+#include <QApplication>
+#include <QTimer>
+#include <QWidget>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tsruntime::testing {
+
+class ModalScript {
+ public:
+  ModalScript();
+  ~ModalScript();
+  ModalScript(const ModalScript&) = delete;
+  ModalScript& operator=(const ModalScript&) = delete;
+
+  template <class W>
+  ModalScript& On(std::function<void(W&)> act) {
+    steps_.push_back({W::staticMetaObject.className(), [act](QWidget& w) {
+                        if (W* typed = qobject_cast<W*>(&w)) act(*typed);
+                      }});
+    return *this;
+  }
+
+  // Whether every step has run.
+  bool Done() const { return next_ == steps_.size(); }
+  // What the script saw last, for a failure message.
+  std::string Trace() const { return trace_; }
+
+ private:
+  struct Step {
+    const char* class_name;
+    std::function<void(QWidget&)> act;
+  };
+  static void StartPending();
+  void Start();
+  void Poll();
+
+  std::vector<Step> steps_;
+  size_t next_ = 0;
+  bool acting_ = false;
+  QTimer* timer_ = nullptr;
+  int polls_ = 0;
+  std::string trace_;
+};
+
+}  // namespace tsruntime::testing

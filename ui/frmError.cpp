@@ -1,0 +1,126 @@
+#include "frmError.h"
+
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "error_picture.h"
+#include "gui_session.h"
+#include "qt_text.h"
+#include "report_file_name.h"
+#include "tsruntime/clsZKCDL.h"
+#include "tsruntime/clsZKFileSystem.h"
+#include "tsruntime/clsZKString.h"
+#include "tsruntime/error_report.h"
+
+namespace tsruntime::ui_detail {
+namespace {
+
+constexpr int kPictureSize = 32;
+
+QPushButton* Button(QWidget* parent, const char* object_name, const QString& text) {
+  auto* button = new QPushButton(text, parent);
+  button->setObjectName(QString::fromLatin1(object_name));
+  button->setAutoDefault(false);
+  return button;
+}
+
+}  // namespace
+
+frmError::frmError() {
+  setObjectName(QStringLiteral("frmError"));
+  setWindowTitle(QStringLiteral("Ошибка"));
+  setWindowFlag(Qt::WindowContextHelpButtonHint, false);
+  QFont face(QStringLiteral("MS Sans Serif"));
+  face.setStyleHint(QFont::SansSerif);  // fontconfig picks the nearest sans face
+  setFont(face);
+
+  Image1_ = new QLabel(this);
+  Image1_->setObjectName(QStringLiteral("Image1"));
+  Image1_->setPixmap(ErrorPicture(kPictureSize, devicePixelRatioF()));
+  lblHeader_ = new QLabel(QStringLiteral("В процессе выполнения программы возникла ошибка!"), this);
+  lblHeader_->setObjectName(QStringLiteral("lblHeader"));
+  QFont header = lblHeader_->font();
+  header.setBold(true);
+  lblHeader_->setFont(header);
+
+  boxError_ = new QPlainTextEdit(this);
+  boxError_->setObjectName(QStringLiteral("boxError"));
+  boxError_->setLineWrapMode(QPlainTextEdit::NoWrap);
+
+  btnSend_ = Button(this, "btnSend", QStringLiteral("&Отправить"));
+  btnSave_ = Button(this, "btnSave", QStringLiteral("&Сохранить"));
+  btnClose_ = Button(this, "btnClose", QStringLiteral("&Закрыть"));
+  // Sending is not offered: the button stays greyed out.
+  btnSend_->setEnabled(false);
+  connect(btnSave_, &QPushButton::clicked, this, [this] { SaveReport(); });
+  connect(btnClose_, &QPushButton::clicked, this, &QDialog::accept);
+
+  auto* top = new QHBoxLayout;
+  top->addWidget(Image1_);
+  top->addWidget(lblHeader_, 1);
+  auto* buttons = new QHBoxLayout;
+  buttons->addWidget(btnSend_);
+  buttons->addStretch(1);
+  buttons->addWidget(btnSave_);
+  buttons->addWidget(btnClose_);
+  auto* layout = new QVBoxLayout(this);
+  layout->addLayout(top);
+  layout->addWidget(boxError_, 1);
+  layout->addLayout(buttons);
+  resize(560, 340);
+}
+
+void frmError::SetReport(const String& caption, const String& text) {
+  setWindowTitle(ToQString(caption));
+  boxError_->setPlainText(ToQString(text));
+  QTextCursor caret = boxError_->textCursor();
+  caret.setPosition(0);
+  boxError_->setTextCursor(caret);
+}
+
+void frmError::SaveReport() {
+  const Ref<clsZKCDL> dialog = New<clsZKCDL>();
+  const Ref<clsZKFileSystem> files = New<clsZKFileSystem>();
+  const Ref<clsZKString> strings = New<clsZKString>();
+
+  dialog->LethwndOwner(static_cast<int32_t>(winId()));
+  dialog->LetFileDialogTitle(u"Сохранение отчёта об ошибке");
+  dialog->LetFileFilter(strings->Replace(u"Текстовые файлы (*.txt)|*.txt|Все файлы (*.*)|*.*",
+                                         u"|", String(1, u'\0')));
+  dialog->LetFileFullName(ProposedReportNameNow());
+  dialog->ShowSaveFile();
+  if (dialog->APIReturn() != 1) return;
+
+  const String file = ReportFileName(*strings, dialog->FileFullName());
+  // The editor keeps one break per line; the file gets the report's CR LF back.
+  const String report = strings->Replace(FromQString(boxError_->toPlainText()), u"\n", u"\r\n");
+  if (files->StringWrite(report, file, xcZK_FILEWRITE_REPLACE))
+    return;
+  // Like a message box that names no title: the application's own name heads it.
+  QMessageBox box(QMessageBox::Information, QGuiApplication::applicationDisplayName(),
+                  ToQString(u"Ошибка записи в файл:\r\n'" + file + u"'"), QMessageBox::Ok, this);
+  box.exec();
+}
+
+bool ShowReportWindow(const String& caption, const String& text) {
+  if (!EnsureGuiSession()) return false;
+  frmError form;
+  form.SetReport(caption, text);
+  form.exec();
+  return true;
+}
+
+namespace {
+
+// Loading the module is what makes the report window the library's presenter.
+[[maybe_unused]] const bool report_window_installed =
+    (SetErrorReportPresenter(&ShowReportWindow), true);
+
+}  // namespace
+
+}  // namespace tsruntime::ui_detail
