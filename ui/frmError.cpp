@@ -51,6 +51,9 @@ frmError::frmError() {
   boxError_ = new QPlainTextEdit(this);
   boxError_->setObjectName(QStringLiteral("boxError"));
   boxError_->setLineWrapMode(QPlainTextEdit::NoWrap);
+  // Tab stops every eight characters, as in the platform's text box: the report lines
+  // up its labels with tabs.
+  boxError_->setTabStopDistance(boxError_->fontMetrics().averageCharWidth() * 8);
 
   btnSend_ = Button(this, "btnSend", QStringLiteral("&Отправить"));
   btnSave_ = Button(this, "btnSave", QStringLiteral("&Сохранить"));

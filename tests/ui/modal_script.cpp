@@ -12,6 +12,11 @@ ModalScript* pending = nullptr;  // waiting for the application to exist
 
 }  // namespace
 
+bool ModalScript::Matches(const Step& step, const QWidget& window) {
+  return window.inherits(step.class_name) &&
+         (!step.object_name || window.objectName() == QLatin1String(step.object_name));
+}
+
 ModalScript::ModalScript() {
   if (QCoreApplication::instance()) {
     Start();
@@ -47,7 +52,7 @@ void ModalScript::Poll() {
     modal->close();
     return;
   }
-  if (acting_ || Done() || !modal || !modal->inherits(steps_[next_].class_name)) return;
+  if (acting_ || Done() || !modal || !Matches(steps_[next_], *modal)) return;
   trace_ += std::string(" | ") + steps_[next_].class_name;
   polls_ = 0;
   acting_ = true;

@@ -28,9 +28,10 @@ class ModalScript {
   ModalScript(const ModalScript&) = delete;
   ModalScript& operator=(const ModalScript&) = delete;
 
+  // A step for the next modal window of class W (and of that object name, when given).
   template <class W>
-  ModalScript& On(std::function<void(W&)> act) {
-    steps_.push_back({W::staticMetaObject.className(), [act](QWidget& w) {
+  ModalScript& On(std::function<void(W&)> act, const char* object_name = nullptr) {
+    steps_.push_back({W::staticMetaObject.className(), object_name, [act](QWidget& w) {
                         if (W* typed = qobject_cast<W*>(&w)) act(*typed);
                       }});
     return *this;
@@ -44,8 +45,10 @@ class ModalScript {
  private:
   struct Step {
     const char* class_name;
+    const char* object_name;
     std::function<void(QWidget&)> act;
   };
+  static bool Matches(const Step& step, const QWidget& window);
   static void StartPending();
   void Start();
   void Poll();
