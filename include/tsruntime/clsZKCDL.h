@@ -16,10 +16,11 @@
 //   - colour dialog: number 0x8004037E (-2147220610) with "Cancel Pressed", source
 //     "ZKRuntimeLib.clsZKCDL.ShowColor".
 //
-// The dialogs are Qt's and live in the user-interface module, which the class loads on
-// its first `Show...`; properties work without a display. When no dialog can be shown
-// (no display), `APIReturn` is 0 and `ExtendedError` 2 and nothing is raised. The font
-// dialog's mapping, the help handler and the folder dialog's start are in docs/ui.md.
+// The class lives in the user-interface module (libtsruntime-ui.so): late-bound hosts get
+// it loaded with the class, C++ hosts link `tsruntime::ui`. The dialogs are Qt's, modal;
+// the properties work without a display. When no dialog can be seen (no display),
+// `APIReturn` is 0, the file dialogs set `ExtendedError` to 2, and nothing is raised. The
+// mapping onto Qt's dialogs (flags, font, filters, help) is in docs/ui.md.
 #pragma once
 
 #include <cstdint>

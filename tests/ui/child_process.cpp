@@ -106,8 +106,10 @@ XServer::XServer() {
     dup2(null, 1);
     dup2(null, 2);
     // Xvfb picks a free display and writes its number to the descriptor.
+    // -noreset: a server that resets when its last client leaves writes its number again,
+    // and our probe below is such a client.
     execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "800x600x24", "-nolisten",
-           "tcp", static_cast<char*>(nullptr));
+           "tcp", "-noreset", static_cast<char*>(nullptr));
     _exit(127);
   }
   close(ready[1]);
@@ -118,15 +120,18 @@ XServer::XServer() {
     const std::string digits(number, strspn(number, "0123456789"));
     if (!digits.empty()) display_ = ":" + digits;
   }
-  close(ready[0]);
+  // Kept open while the server runs: a write to a closed pipe would end it.
+  ready_fd_ = ready[0];
   // The number may come before the server takes connections; wait until it does.
   if (!display_.empty() && !AcceptsConnections(display_.substr(1))) display_.clear();
 }
 
 XServer::~XServer() {
-  if (pid_ <= 0) return;
-  kill(pid_, SIGTERM);
-  waitpid(pid_, nullptr, 0);
+  if (pid_ > 0) {
+    kill(pid_, SIGTERM);
+    waitpid(pid_, nullptr, 0);
+  }
+  if (ready_fd_ >= 0) close(ready_fd_);
 }
 
 }  // namespace tsruntime::testing

@@ -34,6 +34,7 @@ class XServer {
 
  private:
   int pid_ = -1;
+  int ready_fd_ = -1;
   std::string display_;
 };
 
