@@ -66,14 +66,6 @@ void UnhookOnDestroy(QWidget& widget, WindowProperties& props) {
   props.SetAttachments(0);
 }
 
-// Lets go of the late-bound clients still named on a widget as it is deleted.
-void ReleaseClientsOf(QObject& widget) {
-  for (const QByteArray& name : widget.dynamicPropertyNames()) {
-    if (!IsClientName(name.constData())) continue;
-    ReleaseIfHeld(reinterpret_cast<Object*>(widget.property(name.constData()).value<quintptr>()));
-  }
-}
-
 // The window procedure: an event filter in front of each hooked widget of the thread.
 class ChainFilter : public QObject {
  public:
@@ -86,7 +78,15 @@ class ChainFilter : public QObject {
     if (!watched_.insert({&widget, true}).second) return;
     connect(&widget, &QObject::destroyed, this, [this](QObject* gone) {
       watched_.erase(gone);
-      ReleaseClientsOf(*gone);
+      // Qt announces the deletion before the native window goes, and the destroy notice
+      // still reaches the clients after this: let go of them once that is done.
+      std::vector<Object*> clients;
+      for (const QByteArray& name : gone->dynamicPropertyNames()) {
+        if (!IsClientName(name.constData())) continue;
+        clients.push_back(reinterpret_cast<Object*>(gone->property(name.constData()).value<quintptr>()));
+      }
+      QMetaObject::invokeMethod(
+          this, [clients] { for (Object* c : clients) ReleaseIfHeld(c); }, Qt::QueuedConnection);
     });
   }
 
