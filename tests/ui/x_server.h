@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -31,10 +32,17 @@ class Xvfb {
       _exit(127);
     }
     close(fds[1]);
-    std::array<char, 32> buffer{};
-    const ssize_t n = read(fds[0], buffer.data(), buffer.size() - 1);
+    // The number arrives in pieces, ended by a newline.
+    std::string number;
+    char c = 0;
+    while (true) {
+      const ssize_t n = read(fds[0], &c, 1);
+      if (n < 0 && errno == EINTR) continue;
+      if (n <= 0 || c == '\n') break;
+      number += c;
+    }
     close(fds[0]);
-    if (n > 0) display_ = ":" + std::string(buffer.data(), static_cast<size_t>(n - 1));
+    if (!number.empty() && c == '\n') display_ = ":" + number;
   }
   ~Xvfb() {
     if (pid_ <= 0) return;
