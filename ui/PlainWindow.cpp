@@ -6,7 +6,6 @@
 
 #include "application.h"
 #include "tsruntime/WindowMessages.h"
-#include "window_lookup.h"
 
 namespace tsruntime {
 
@@ -29,7 +28,7 @@ PlainWindow::~PlainWindow() {
 }
 
 int32_t PlainWindow::Handle() const {
-  return widget_->widget ? subclass_detail::HandleOf(*widget_->widget) : 0;
+  return widget_->widget ? static_cast<int32_t>(widget_->widget->internalWinId()) : 0;
 }
 
 String PlainWindow::Caption() const {
@@ -43,7 +42,9 @@ void PlainWindow::LetCaption(const String& RHS) {
 bool PlainWindow::Visible() const { return widget_->widget && widget_->widget->isVisible(); }
 
 void PlainWindow::LetVisible(bool RHS) {
-  if (widget_->widget) widget_->widget->setVisible(RHS);
+  if (!widget_->widget) return;
+  widget_->widget->setVisible(RHS);
+  widget_->widget->winId();  // a window shown again after a close has a new handle
 }
 
 void PlainWindow::Move(int32_t Left, int32_t Top, int32_t Width, int32_t Height) {
