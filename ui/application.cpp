@@ -25,6 +25,14 @@ const char* PlatformList() {
   return "offscreen";
 }
 
+// Qt's complaint about a missing XDG_RUNTIME_DIR means nothing to a host that never asked
+// for Qt; it would only clutter the standard error of scripts and tsrt.
+QtMessageHandler previous_handler = nullptr;
+void QuietStartup(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+  if (text.startsWith(QLatin1String("QStandardPaths: "))) return;
+  if (previous_handler) previous_handler(type, context, text);
+}
+
 void PumpEvents() {
   if (!QCoreApplication::instance() || !QAbstractEventDispatcher::instance()) return;
   QCoreApplication::sendPostedEvents();
@@ -45,8 +53,10 @@ bool EnsureApplication() {
     static char name[] = "tsruntime";
     static char platform_flag[] = "-platform";
     static char* argv[] = {name, platform_flag, const_cast<char*>(PlatformList()), nullptr};
+    previous_handler = qInstallMessageHandler(&QuietStartup);
     static QApplication* application = new QApplication(argc, argv);
     (void)application;
+    qInstallMessageHandler(previous_handler);
   }
   return QAbstractEventDispatcher::instance(QThread::currentThread()) != nullptr;
 }

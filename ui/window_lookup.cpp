@@ -13,8 +13,6 @@ QWidget* WidgetOf(int32_t hwnd) {
   return QWidget::find(static_cast<WId>(static_cast<uint32_t>(hwnd)));
 }
 
-int32_t HandleOf(QWidget& widget) { return static_cast<int32_t>(widget.winId()); }
-
 bool IsForeignWindow(int32_t hwnd) {
   if (hwnd == 0 || WidgetOf(hwnd)) return false;
   auto* app = qGuiApp;

@@ -10,9 +10,6 @@ namespace tsruntime::subclass_detail {
 // The widget of this process whose native window has this id, or null.
 QWidget* WidgetOf(int32_t hwnd);
 
-// The handle of a widget: its native window id (creating the native window if needed).
-int32_t HandleOf(QWidget& widget);
-
 // True when `hwnd` names a window on the X server that is not one of this process's
 // widgets; always false off X11.
 bool IsForeignWindow(int32_t hwnd);

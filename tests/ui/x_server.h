@@ -61,7 +61,9 @@ class Xvfb {
     const ssize_t len = readlink("/proc/self/exe", self.data(), self.size() - 1);
     if (len <= 0) return "no test program";
     const std::string command = "DISPLAY=" + display_ +
-                                " QT_QPA_PLATFORM=xcb TSRUNTIME_TEST_XCB_CHILD=1 '" +
+                                " QT_QPA_PLATFORM=xcb TSRUNTIME_TEST_XCB_CHILD=1"
+                                " LSAN_OPTIONS=suppressions=" TEST_SOURCE_DIR
+                                "/ui/lsan_suppressions.txt '" +
                                 std::string(self.data(), static_cast<size_t>(len)) +
                                 "' --gtest_filter='" + filter + "' 2>&1";
     std::string output;
