@@ -94,10 +94,11 @@ class ChainFilter : public QObject {
   bool eventFilter(QObject* target, QEvent* event) override {
     if (!target->isWidgetType()) return false;
     auto& widget = static_cast<QWidget&>(*target);
-    const int32_t hwnd = static_cast<int32_t>(widget.internalWinId());
-    if (hwnd == 0 || WindowProperties(widget, hwnd).PreviousProcedure() == 0) return false;
+    // Most events are no message at all: decided before any property is read.
     const std::vector<Message> messages = MessagesFor(widget, *event);
     if (messages.empty()) return false;
+    const int32_t hwnd = static_cast<int32_t>(widget.internalWinId());
+    if (hwnd == 0 || WindowProperties(widget, hwnd).PreviousProcedure() == 0) return false;
     PreviousProcedure previous(widget, event);
     // A client's failure cannot travel through the event loop.
     try {
