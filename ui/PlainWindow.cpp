@@ -5,6 +5,7 @@
 #include <QWidget>
 
 #include "application.h"
+#include "subclass_chain.h"
 #include "tsruntime/WindowMessages.h"
 
 namespace tsruntime {
@@ -23,9 +24,7 @@ PlainWindow::PlainWindow() : widget_(std::make_unique<Widget>()) {
   widget_->widget->winId();  // the handle exists from the start
 }
 
-PlainWindow::~PlainWindow() {
-  if (widget_->widget) DestroyWindow(Handle());
-}
+PlainWindow::~PlainWindow() { Destroy(); }
 
 int32_t PlainWindow::Handle() const {
   return widget_->widget ? static_cast<int32_t>(widget_->widget->internalWinId()) : 0;
@@ -56,7 +55,8 @@ void PlainWindow::Close() {
 }
 
 void PlainWindow::Destroy() {
-  if (widget_->widget) DestroyWindow(Handle());
+  // Also a window without a native one (closed and not shown since) goes.
+  if (widget_->widget) subclass_detail::DeleteWidget(*widget_->widget);
 }
 
 int32_t PlainWindow::SendMessage(int32_t iMsg, int32_t wParam, int32_t lParam) {

@@ -185,7 +185,13 @@ int32_t Dispatch(QWidget& widget, int32_t hwnd, const Message& m, PreviousProced
   return result;
 }
 
-int DispatchDepth() { return dispatch_depth; }
+void DeleteWidget(QWidget& widget) {
+  if (dispatch_depth > 0) {
+    widget.deleteLater();
+  } else {
+    delete &widget;
+  }
+}
 
 int32_t& CurrentMessage() { return current_message; }
 

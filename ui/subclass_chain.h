@@ -47,8 +47,9 @@ void Unhook(QWidget& widget);
 // hooked; a widget that is not gives 0.
 int32_t Dispatch(QWidget& widget, int32_t hwnd, const Message& m, PreviousProcedure& previous);
 
-// Depth of dispatch on this thread: positive while a client runs.
-int DispatchDepth();
+// Deletes the widget; inside a window procedure (where Qt may still be delivering to it)
+// the deletion waits for the event loop.
+void DeleteWidget(QWidget& widget);
 
 // This thread's current message.
 int32_t& CurrentMessage();

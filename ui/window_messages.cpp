@@ -41,13 +41,7 @@ bool PostMessage(int32_t hwnd, int32_t iMsg, int32_t wParam, int32_t lParam) {
 bool DestroyWindow(int32_t hwnd) {
   QWidget* widget = WidgetOf(hwnd);
   if (!widget) return false;
-  // Deleting a widget under its own event delivery would pull it from under Qt; inside a
-  // window procedure the deletion waits for the loop, the notice comes with it.
-  if (DispatchDepth() > 0) {
-    widget->deleteLater();
-  } else {
-    delete widget;
-  }
+  DeleteWidget(*widget);
   return true;
 }
 
