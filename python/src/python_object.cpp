@@ -9,6 +9,10 @@ namespace {
 
 class PythonObject;
 
+// inspect.Parameter kinds: positional-only 0, positional-or-keyword 1, *args 2.
+constexpr int kVarPositional = 2;
+constexpr int kVarPositionalRoom = 16;
+
 // Live wrappers by their Python object; touched only under the GIL.
 std::unordered_map<PyObject*, PythonObject*>& Wrappers() {
   static auto* wrappers = new std::unordered_map<PyObject*, PythonObject*>();
@@ -75,7 +79,14 @@ class PythonObject final : public Object {
           py::module_::import("inspect").attr("signature")(method).attr("parameters");
       for (py::handle p : parameters.attr("values")()) {
         const int kind = py::int_(p.attr("kind"));
-        if (kind > 1) continue;  // positional-only (0) and positional-or-keyword (1) only
+        if (kind == kVarPositional) {  // *args: room for as many as a caller may pass
+          for (int i = 1; i <= kVarPositionalRoom; ++i) {
+            m.params.push_back(ParamInfo{FromAscii("arg" + std::to_string(i)), VarType::kVariant,
+                                         true, Variant::Missing()});
+          }
+          break;
+        }
+        if (kind > kVarPositional) continue;  // keyword-only ones are never passed
         ParamInfo param;
         param.name = FromUtf8(py::str(p.attr("name")).cast<std::string>());
         param.optional = !p.attr("default").is(p.attr("empty"));

@@ -10,8 +10,8 @@ namespace tsruntime::python {
 // The library object standing for `target`, an instance of a Python class; the same one
 // for as long as the library holds it, so that passing the object twice passes one
 // object. Its members, found by name in any case when the library invokes them:
-//   - a method: called with the arguments converted to Python, its result converted back
-//     (None gives Empty);
+//   - a method: called with the arguments converted to Python (its positional parameters,
+//     up to 16 more through *args), its result converted back (None gives Empty);
 //   - any other attribute: a property to read (get) and assign (let).
 // An exception raised by the Python code is kept and raised in Python when the call
 // from Python that led to it returns; the library sees Empty.

@@ -172,8 +172,8 @@ Variant ToVariantAt(py::handle value, int depth) {
     return FromInt(py::reinterpret_steal<py::object>(PyNumber_Index(value.ptr())));
   }
   // An instance of a Python class: a late-bound object (a client the library calls).
-  if (py::hasattr(value, "__dict__") && !PyType_Check(value.ptr()) &&
-      !PyModule_Check(value.ptr()) && !PyCallable_Check(value.ptr())) {
+  if (PyType_HasFeature(Py_TYPE(value.ptr()), Py_TPFLAGS_HEAPTYPE) && !PyType_Check(value.ptr()) &&
+      !PyCallable_Check(value.ptr())) {
     return Variant(LateBoundPythonObject(value));
   }
   throw py::type_error("cannot pass a value of type '" +

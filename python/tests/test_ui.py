@@ -119,14 +119,15 @@ def test_destroy_notice_and_failures_in_python_handlers():
     h = window.Handle
 
     class Failing:
+        __slots__ = ()
         MsgResponse = 0
 
-        def WindowProc(self, hwnd, iMsg, wParam, lParam):
-            raise ValueError("from the handler")
+        def WindowProc(self, *args):
+            raise ValueError(f"from the handler {args}")
 
     failing, watcher = Failing(), Client("w", journal)
     sub.AttachMessage(failing, h, 0x403)
-    with pytest.raises(ValueError, match="from the handler"):
+    with pytest.raises(ValueError, match=rf"from the handler \({h}, 1027, 0, 0\)"):
         window.SendMessage(0x403, 0, 0)
     sub.DetachMessage(failing, h, 0x403)
     sub.AttachMessage(watcher, h, 2)
