@@ -7,7 +7,7 @@ packages=(
   build-essential cmake ninja-build pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
   libicu-dev zlib1g-dev uuid-dev libsqlite3-dev libx11-dev
-  qt6-base-dev xvfb xauth x11-xkb-utils
+  qt6-base-dev libxcb1-dev xvfb xauth x11-xkb-utils
   clang libclang-rt-14-dev
   pybind11-dev python3-dev python3-pytest
   coreutils

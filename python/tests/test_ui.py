@@ -45,6 +45,19 @@ def test_thattime_arrives_through_dispatchwithevents_while_pumping():
     assert timer.count == seen + 1
 
 
+class FailingTicks:
+    def OnThatTime(self):
+        raise KeyError("tick")
+
+
+def test_a_failing_tick_handler_raises_from_the_pump():
+    timer = DispatchWithEvents("TSRuntimeLib.CTimer", FailingTicks)
+    timer.Interval = 1
+    with pytest.raises(KeyError, match="tick"):
+        pump_until(lambda: False, seconds=5)
+    timer.Interval = 0
+
+
 def test_the_101st_timer_fails_and_a_thread_without_a_loop_cannot_start_one():
     timers = [Dispatch("TSRuntimeLib.CTimer") for _ in range(101)]
     for t in timers[:100]:
