@@ -38,8 +38,8 @@ InvokeKind KindOf(int32_t kind) {
   RaiseRuntime(RuntimeError::kInvalidCall);
 }
 
-String MemberName(const Object& object, const uint16_t* member, size_t length) {
-  if (member) return String(ViewOf(member, length));
+StringView MemberName(const Object& object, const uint16_t* member, size_t length) {
+  if (member) return ViewOf(member, length);
   const String& name = object.classInfo().defaultMember;
   if (name.empty()) RaiseRuntime(RuntimeError::kNotSupported);
   return name;
@@ -95,7 +95,7 @@ tsrt_status tsrt_invoke(tsrt_object* object, const uint16_t* member, size_t memb
     if (!o) RaiseRuntime(RuntimeError::kObjectNotSet);
     if (arg_count && !args) RaiseRuntime(RuntimeError::kInvalidCall);
     const InvokeKind how = KindOf(kind);
-    const String name = MemberName(*o, member, member_length);
+    const StringView name = MemberName(*o, member, member_length);
     std::vector<Argument> list;
     list.reserve(arg_count);
     for (size_t i = 0; i < arg_count; ++i) {

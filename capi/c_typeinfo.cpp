@@ -32,15 +32,22 @@ int DescribeParam(const ParamInfo& p, tsrt_param_info* info) {
 // The registry is complete once the library has loaded and never changes after, so one
 // snapshot serves every call; ProgIDs are built here once so that they can be borrowed.
 struct Catalog {
-  std::vector<const ClassInfo*> classes = RegisteredClasses();
+  std::vector<const ClassInfo*> classes;
   std::vector<String> prog_ids;
-  std::vector<const EnumInfo*> enums = RegisteredEnums();
-  Catalog() {
-    for (const ClassInfo* c : classes) prog_ids.push_back(c->progId());
-  }
+  std::vector<const EnumInfo*> enums;
 };
-const Catalog& Registry() {
-  static const Catalog catalog;
+
+const Catalog& Registry() noexcept {
+  static const Catalog catalog = [] {
+    Catalog made;
+    // Out of memory here leaves the catalog empty rather than throwing into C.
+    Guard(nullptr, [&] {
+      Catalog full{RegisteredClasses(), {}, RegisteredEnums()};
+      for (const ClassInfo* c : full.classes) full.prog_ids.push_back(c->progId());
+      made = std::move(full);
+    });
+    return made;
+  }();
   return catalog;
 }
 const std::vector<const EnumInfo*>& Enums() { return Registry().enums; }

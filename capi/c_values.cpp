@@ -244,41 +244,49 @@ tsrt_status tsrt_variant_change_type(tsrt_variant* dst, const tsrt_variant* src,
 }
 
 void tsrt_variant_set_null(tsrt_variant* v) {
+  if (!v) return;
   tsrt_variant_clear(v);
   v->type = TSRT_VT_NULL;
 }
 void tsrt_variant_set_long(tsrt_variant* v, int32_t x) {
+  if (!v) return;
   tsrt_variant_clear(v);
   v->type = TSRT_VT_LONG;
   v->value.long_value = x;
 }
 void tsrt_variant_set_double(tsrt_variant* v, double x) {
+  if (!v) return;
   tsrt_variant_clear(v);
   v->type = TSRT_VT_DOUBLE;
   v->value.dbl = x;
 }
 void tsrt_variant_set_currency(tsrt_variant* v, int64_t amount_times_10000) {
+  if (!v) return;
   tsrt_variant_clear(v);
   v->type = TSRT_VT_CURRENCY;
   v->value.currency = amount_times_10000;
 }
 void tsrt_variant_set_date(tsrt_variant* v, double days) {
+  if (!v) return;
   tsrt_variant_clear(v);
   v->type = TSRT_VT_DATE;
   v->value.date = days;
 }
 void tsrt_variant_set_boolean(tsrt_variant* v, int truth) {
+  if (!v) return;
   tsrt_variant_clear(v);
   v->type = TSRT_VT_BOOLEAN;
   v->value.boolean = truth ? -1 : 0;
 }
 void tsrt_variant_set_object(tsrt_variant* v, tsrt_object* object) {
+  if (!v) return;
   tsrt_object_addref(object);  // first: `object` may be what `v` held
   tsrt_variant_clear(v);
   v->type = TSRT_VT_OBJECT;
   v->value.object = object;
 }
 void tsrt_variant_set_array(tsrt_variant* v, tsrt_array* array) {
+  if (!v) return;
   tsrt_variant_clear(v);
   if (!array) return;
   v->type = static_cast<uint16_t>(TSRT_VT_ARRAY | array->element_type);
@@ -288,6 +296,7 @@ void tsrt_variant_set_array(tsrt_variant* v, tsrt_array* array) {
 tsrt_status tsrt_variant_set_string(tsrt_variant* v, const uint16_t* chars, size_t length,
                                     tsrt_error** error) {
   return Guard(error, [&] {
+    if (!v) RaiseRuntime(RuntimeError::kInvalidCall);
     uint16_t* copy = CopyChars(ViewOf(chars, chars ? length : 0));
     tsrt_variant_clear(v);
     v->type = TSRT_VT_STRING;
@@ -299,6 +308,7 @@ tsrt_status tsrt_variant_set_string(tsrt_variant* v, const uint16_t* chars, size
 tsrt_status tsrt_variant_set_utf8(tsrt_variant* v, const char* text, size_t length,
                                   tsrt_error** error) {
   return Guard(error, [&] {
+    if (!v) RaiseRuntime(RuntimeError::kInvalidCall);
     const String s = text ? FromUtf8(std::string_view(text, length)) : String();
     uint16_t* copy = CopyChars(s);
     tsrt_variant_clear(v);
