@@ -58,7 +58,7 @@ static void clear_args(tsrt_argument* args, size_t count) {
 /* --- Arguments described in tables ------------------------------------------------- */
 
 /* One argument of a table row: 's' string, 'l' Long, 'd' Double, 'c' Currency (the
- * amount), 'b' Boolean; `name` makes it a named argument. */
+ * amount), 'b' Boolean, 'm' the missing-argument marker; `name` makes it named. */
 typedef struct {
   char kind;
   const char16_t* name;
@@ -80,6 +80,10 @@ static void build_args(const arg_row* rows_in, size_t count, tsrt_argument* out)
       case 'd': tsrt_variant_set_double(&out[i].value, s->number); break;
       case 'c': tsrt_variant_set_currency(&out[i].value, (int64_t)(s->number * 10000 + 0.5)); break;
       case 'b': tsrt_variant_set_boolean(&out[i].value, s->number != 0); break;
+      case 'm':
+        out[i].value.type = TSRT_VT_ERROR;
+        out[i].value.value.error = (int32_t)0x80020004u;
+        break;
     }
   }
 }
@@ -109,6 +113,12 @@ static void results_of_string_members(void) {
        {{'s', NULL, u"key=value", 0}, {'s', NULL, u"=", 0}}, u"key"},
       {"a text the caller gave as a number converts to the declared String",
        u"clsZKString", u"GetLeft", 2, {{'l', NULL, NULL, 123}, {'s', NULL, u"2", 0}}, u"1"},
+      {"the missing-argument marker lets a parameter take its default", u"clsZKString",
+       u"GetLeft", 3, {{'s', NULL, u"a=b=c", 0}, {'s', NULL, u"=", 0}, {'m', NULL, NULL, 0}},
+       u"a"},
+      {"GetLeft told to search from the right cuts before the last separator", u"clsZKString",
+       u"GetLeft", 3, {{'s', NULL, u"a=b=c", 0}, {'s', NULL, u"=", 0}, {'b', NULL, NULL, 1}},
+       u"a=b"},
       {"MD5 of a string comes back as upper-case hex", u"TSRuntimeLib.clsZKmd5",
        u"DigestStrToHexStr", 1, {{'s', NULL, u"abc", 0}},
        u"900150983CD24FB0D6963F7D28E17F72"},
@@ -376,6 +386,92 @@ static void objects_returned_are_counted(void) {
   check(tsrt_object_release(NULL) == 0, "releasing no object is harmless");
 }
 
+/* --- Objects passed in and enumerated: the storage tree ----------------------------- */
+
+/* The object a member returns, with its own count; NULL when the call fails. */
+static tsrt_object* object_of(tsrt_object* o, const char16_t* member) {
+  tsrt_variant v;
+  if (call(o, member, TSRT_INVOKE_CALL, NULL, 0, &v, NULL) != TSRT_OK) return NULL;
+  tsrt_object* out = v.type == TSRT_VT_OBJECT ? v.value.object : NULL;
+  tsrt_object_addref(out);
+  tsrt_variant_clear(&v);
+  return out;
+}
+
+static void set_name(tsrt_object* node, const char* name) {
+  tsrt_argument value;
+  memset(&value, 0, sizeof value);
+  tsrt_variant_set_utf8(&value.value, name, strlen(name), NULL);
+  tsrt_variant result;
+  call(node, u"Name", TSRT_INVOKE_LET, &value, 1, &result, NULL);
+  clear_args(&value, 1);
+}
+
+static void storage_takes_objects_from_c(void) {
+  static const char* const names[] = {"Склад", "Касса", "Банк"};
+  tsrt_object* root = create(u"TSRuntimeLib.clsZKStorage");
+  tsrt_object* nodes = object_of(root, u"Nodes");
+  for (size_t i = 0; i < 3; ++i) {
+    tsrt_object* child = create(u"TSRuntimeLib.clsZKStorage");
+    set_name(child, names[i]);
+    tsrt_argument arg;
+    memset(&arg, 0, sizeof arg);
+    tsrt_variant_set_object(&arg.value, child);
+    tsrt_variant result;
+    call(nodes, u"Add", TSRT_INVOKE_CALL, &arg, 1, &result, NULL);
+    clear_args(&arg, 1);
+    tsrt_object_release(child);  /* the tree holds its own count now */
+  }
+  tsrt_variant count;
+  check(call(nodes, u"Count", TSRT_INVOKE_CALL, NULL, 0, &count, NULL) == TSRT_OK &&
+            count.value.long_value == 3,
+        "three storages passed from C as objects join the tree");
+
+  /* For Each as a host does it: NewEnum, then Next with its item written back. */
+  tsrt_object* walker = object_of(nodes, u"NewEnum");
+  int in_order = walker != NULL;
+  size_t seen = 0;
+  for (;;) {
+    tsrt_argument item;
+    memset(&item, 0, sizeof item);
+    tsrt_variant more;
+    if (call(walker, u"Next", TSRT_INVOKE_CALL, &item, 1, &more, NULL) != TSRT_OK ||
+        !more.value.boolean) {
+      clear_args(&item, 1);
+      break;
+    }
+    tsrt_variant name = {0};
+    if (item.value.type != TSRT_VT_OBJECT ||
+        call(item.value.value.object, u"Name", TSRT_INVOKE_CALL, NULL, 0, &name, NULL) !=
+            TSRT_OK ||
+        seen >= 3) {
+      in_order = 0;
+    } else {
+      size_t n = 0;
+      char* utf8 = tsrt_utf16_to_utf8(name.value.string.chars, name.value.string.length, &n);
+      if (!utf8 || strcmp(utf8, names[seen]) != 0) in_order = 0;
+      tsrt_free(utf8);
+    }
+    ++seen;
+    tsrt_variant_clear(&name);
+    clear_args(&item, 1);
+  }
+  check(in_order && seen == 3, "enumerating the nodes gives each child, in order, by Next");
+
+  tsrt_argument index;
+  memset(&index, 0, sizeof index);
+  tsrt_variant_set_long(&index.value, 5);
+  tsrt_variant result;
+  tsrt_error* e = NULL;
+  check(call(nodes, NULL, TSRT_INVOKE_CALL, &index, 1, &result, &e) == TSRT_FAILED && e != NULL,
+        "a node index past the end fails through the default member");
+  tsrt_error_free(e);
+  clear_args(&index, 1);
+  tsrt_object_release(walker);
+  tsrt_object_release(nodes);
+  check(tsrt_object_release(root) == 0, "the root goes with its last count, children with it");
+}
+
 /* --- Values ------------------------------------------------------------------------- */
 
 static void values_convert_as_the_host_runtime_does(void) {
@@ -402,6 +498,15 @@ static void values_convert_as_the_host_runtime_does(void) {
     tsrt_variant_clear(&from);
     tsrt_variant_clear(&to);
   }
+
+  tsrt_variant amount = {0}, exact = {0};
+  tsrt_variant_set_double(&amount, -12.5);
+  check(tsrt_variant_change_type(&exact, &amount, TSRT_VT_DECIMAL, NULL) == TSRT_OK &&
+            exact.type == TSRT_VT_DECIMAL && exact.value.decimal.low == 125 &&
+            exact.value.decimal.high == 0 && exact.value.decimal.scale == 1 &&
+            exact.value.decimal.negative,
+        "a Decimal reads as sign, 96-bit magnitude and scale");
+  tsrt_variant_clear(&exact);
 
   const tsrt_bounds table[2] = {{0, 1}, {1, 2}};
   tsrt_array* cells = tsrt_array_new(TSRT_VT_VARIANT, 2, table, NULL);
@@ -529,6 +634,7 @@ int main(void) {
   written_back_arguments_change_in_place();
   dictionary_and_its_events();
   objects_returned_are_counted();
+  storage_takes_objects_from_c();
   values_convert_as_the_host_runtime_does();
   type_information_is_readable();
   printf("%d passed, %d failed\n", passed, failed);
