@@ -287,6 +287,7 @@ void tsrt_variant_set_object(tsrt_variant* v, tsrt_object* object) {
 }
 void tsrt_variant_set_array(tsrt_variant* v, tsrt_array* array) {
   if (!v) return;
+  if ((v->type & kArrayFlag) && v->value.array == array) return;  // already holds it
   tsrt_variant_clear(v);
   if (!array) return;
   v->type = static_cast<uint16_t>(TSRT_VT_ARRAY | array->element_type);

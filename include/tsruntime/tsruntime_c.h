@@ -151,8 +151,10 @@ tsrt_status tsrt_variant_copy(tsrt_variant* dst, const tsrt_variant* src, tsrt_e
 tsrt_status tsrt_variant_change_type(tsrt_variant* dst, const tsrt_variant* src,
                                      uint16_t type, tsrt_error** error);
 
-/* Setters: each clears the variant first. A string is copied. `set_object` takes a count
- * of its own; `set_array` takes the array over (the caller no longer frees it). */
+/* Setters: each clears the variant first, and a NULL variant is ignored (or error 5 for
+ * those that report). A string is copied. `set_object` takes a count of its own;
+ * `set_array` takes the array over (the caller no longer frees it; NULL leaves Empty,
+ * and the array the variant already holds stays as it is). */
 void tsrt_variant_set_null(tsrt_variant* v);
 void tsrt_variant_set_long(tsrt_variant* v, int32_t x);
 void tsrt_variant_set_double(tsrt_variant* v, double x);
@@ -209,7 +211,8 @@ typedef struct tsrt_argument {
   tsrt_variant value;
 } tsrt_argument;
 
-/* Invokes `member` (NULL: the class's default member) of `object`. For a let or set the
+/* Invokes `member` (NULL: the class's default member) of `object`. `result` may be NULL
+ * to discard the result; it must not be one of the arguments. For a let or set the
  * assigned value is the last positional argument. A TSRT_VT_ERROR argument of 0x80020004
  * counts as left out.
  *
@@ -218,7 +221,9 @@ typedef struct tsrt_argument {
  * back has its `value` replaced in place (the old value cleared). On failure `*result` is
  * Empty and no argument changed. Errors: those of the member, all five fields kept; 91
  * for a NULL object; 438 no such member; 448 unknown named argument; 449 argument not
- * optional; 450 too many arguments; 13, 6, 94 for an argument of the wrong type. */
+ * optional; 450 too many arguments; 13, 6, 94 for an argument of the wrong type (or a
+ * type code or array the library cannot read); 5 for an unknown kind, or no `args` with
+ * a count. */
 tsrt_status tsrt_invoke(tsrt_object* object, const uint16_t* member, size_t member_length,
                         int32_t kind, tsrt_argument* args, size_t arg_count,
                         tsrt_variant* result, tsrt_error** error);

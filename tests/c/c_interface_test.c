@@ -155,6 +155,8 @@ static void errors_carry_five_fields(void) {
        438, u"ZKRuntimeLib", u"Object doesn't support this property or method"},
       {"a class without a default member refuses a call without a name", u"clsZKString", NULL, TSRT_INVOKE_CALL,
        0, {{0}}, 438, u"ZKRuntimeLib", u"Object doesn't support this property or method"},
+      {"an invocation kind that does not exist is error 5", u"clsZKString", u"GetLeft", 99, 0,
+       {{0}}, 5, u"ZKRuntimeLib", u"Invalid procedure call or argument"},
       {"a required argument left out is error 449", u"clsZKString", u"GetLeft", TSRT_INVOKE_CALL, 1,
        {{'s', NULL, u"a=b", 0}}, 449, u"ZKRuntimeLib", u"Argument not optional"},
       {"a named argument the member does not have is error 448", u"clsZKString", u"GetLeft", TSRT_INVOKE_CALL, 3,
