@@ -150,7 +150,7 @@ function VariantText(const v: tsrt_variant): UnicodeString;
 procedure Check(status: tsrt_status; error: Ptsrt_error);
 
 { Argument builders: each returns a positional argument holding a new value; NamedArg
-  names one. Clear what they hold with ClearArgs after the call. }
+  names one. ClearArgs frees what they hold (values and names) after the call. }
 function StrArg(const s: UnicodeString): tsrt_argument;
 function LongArg(x: Int32): tsrt_argument;
 function CurrencyArg(amount: Currency): tsrt_argument;
@@ -160,17 +160,12 @@ procedure ClearArgs(var args: array of tsrt_argument);
 
 { CreateObject by ProgID, and a member invoked with `args`, written-back values landing
   in `args` (an empty member is the default one); both raise ETsrtError. The caller
-  clears the result. Names given to
-  NamedArg must outlive the call. }
+  clears the result. }
 function CreateObject(const progId: UnicodeString): Ptsrt_object;
 function Invoke(obj: Ptsrt_object; const member: UnicodeString; kind: Int32;
   var args: array of tsrt_argument): tsrt_variant;
 
 implementation
-
-var
-  { NamedArg keeps its names here so that the borrowed text stays valid. }
-  KeptNames: array of UnicodeString;
 
 function TextOf(const t: tsrt_text): UnicodeString;
 begin
@@ -231,11 +226,15 @@ begin
 end;
 
 function NamedArg(const name: UnicodeString; const arg: tsrt_argument): tsrt_argument;
+var
+  chars: PWideChar;
 begin
-  SetLength(KeptNames, Length(KeptNames) + 1);
-  KeptNames[High(KeptNames)] := name;
+  { A copy of the name that ClearArgs frees with the value. }
+  chars := GetMem((Length(name) + 1) * SizeOf(WideChar));
+  if Length(name) > 0 then Move(name[1], chars^, Length(name) * SizeOf(WideChar));
+  chars[Length(name)] := #0;
   Result := arg;
-  Result.name.chars := PWideChar(KeptNames[High(KeptNames)]);
+  Result.name.chars := chars;
   Result.name.length := Length(name);
 end;
 
@@ -243,7 +242,13 @@ procedure ClearArgs(var args: array of tsrt_argument);
 var
   i: Integer;
 begin
-  for i := 0 to High(args) do tsrt_variant_clear(@args[i].value);
+  for i := 0 to High(args) do
+  begin
+    tsrt_variant_clear(@args[i].value);
+    if args[i].name.chars <> nil then FreeMem(args[i].name.chars);
+    args[i].name.chars := nil;
+    args[i].name.length := 0;
+  end;
 end;
 
 function CreateObject(const progId: UnicodeString): Ptsrt_object;
