@@ -51,7 +51,8 @@ void Deliver(tsrt_event_callback callback, void* user, StringView event,
   const String name(event);  // 0-terminated, as texts handed out are
   PendingVariants c(args.size());
   for (size_t i = 0; i < args.size(); ++i) ToC(args[i], &c[i]);
-  callback(user, Borrow(name), c.data(), args.size());
+  callback(user, reinterpret_cast<const uint16_t*>(name.c_str()), name.size(), c.data(),
+           args.size());
   for (size_t i = 0; i < args.size(); ++i) args[i] = FromC(c[i]);
 }
 

@@ -21,9 +21,13 @@ begin
 end;
 
 { The dictionary's OnChanged, counted through the user pointer. }
-procedure OnEvent(user: Pointer; event: tsrt_text; args: Ptsrt_variant; count: csize_t); cdecl;
+procedure OnEvent(user: Pointer; event: PWideChar; event_length: csize_t; args: Ptsrt_variant;
+  count: csize_t); cdecl;
+var
+  name: UnicodeString;
 begin
-  if (TextOf(event) = 'OnChanged') and (count = 1) and (args^.vtype = TSRT_VT_STRING) then
+  SetString(name, event, event_length);
+  if (name = 'OnChanged') and (count = 1) and (args^.vtype = TSRT_VT_STRING) then
   begin
     Inc(PInteger(user)^);
     LastChanged := VariantText(args^);

@@ -84,8 +84,8 @@ type
     value: tsrt_variant;
   end;
 
-  tsrt_event_callback = procedure(user: Pointer; event: tsrt_text; args: Ptsrt_variant;
-                                  count: csize_t); cdecl;
+  tsrt_event_callback = procedure(user: Pointer; event: PWideChar; event_length: csize_t;
+                                  args: Ptsrt_variant; count: csize_t); cdecl;
 
 const
   libtsruntime = 'tsruntime';

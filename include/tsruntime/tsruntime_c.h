@@ -230,12 +230,13 @@ tsrt_status tsrt_invoke(tsrt_object* object, const uint16_t* member, size_t memb
 
 /* --- Events ------------------------------------------------------------------------- */
 
-/* Called synchronously, on the thread that raised the event, with the event's name and
- * arguments. The arguments are the library's for the length of the call: the callback
+/* Called synchronously, on the thread that raised the event, with the event's name (0-
+ * terminated too) and arguments. Everything is passed as a plain pointer or integer, so
+ * that foreign-function interfaces without structs by value can take it. The arguments are the library's for the length of the call: the callback
  * may replace one (through the setters) to answer a by-reference event argument, and
  * must not keep pointers into them. The callback must not unwind through the library. */
-typedef void (*tsrt_event_callback)(void* user, tsrt_text event, tsrt_variant* args,
-                                    size_t arg_count);
+typedef void (*tsrt_event_callback)(void* user, const uint16_t* event, size_t event_length,
+                                    tsrt_variant* args, size_t arg_count);
 
 /* Connects `callback` to every event the object raises, in connection order; `*cookie`
  * receives the number that disconnects it. The connection holds no count on the object

@@ -297,9 +297,10 @@ typedef struct {
   tsrt_variant last_item;
 } change_log;
 
-static void on_event(void* user, tsrt_text event, tsrt_variant* args, size_t count) {
+static void on_event(void* user, const uint16_t* event, size_t event_length, tsrt_variant* args,
+                     size_t count) {
   change_log* log = user;
-  if (!text_is(event.chars, event.length, u"OnChanged") || count != 1) return;
+  if (!text_is(event, event_length, u"OnChanged") || count != 1) return;
   ++log->count;
   tsrt_variant_copy(&log->last_item, &args[0], NULL);
 }
