@@ -7,6 +7,8 @@
 #include "tsruntime/automation/dispatch.h"
 #include "tsruntime/tsruntime_c.h"
 
+// Internal to the library: hosts reach these only through the tsrt_* functions.
+#pragma GCC visibility push(hidden)
 namespace tsruntime::capi {
 
 // Handles are the objects themselves: the intrusive count is the handle's count.
@@ -61,3 +63,4 @@ tsrt_status Guard(tsrt_error** error, F&& body) noexcept {
 }
 
 }  // namespace tsruntime::capi
+#pragma GCC visibility pop
