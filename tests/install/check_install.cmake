@@ -14,7 +14,8 @@ endfunction()
 foreach(component runtime development tools)
   run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix} --component ${component})
 endforeach()
-foreach(required include/tsruntime/clsZKRunTimeLib.h lib/cmake/tsruntime/tsruntimeConfig.cmake
+foreach(required include/tsruntime/clsZKRunTimeLib.h include/tsruntime/tsruntime_c.h
+                 lib/cmake/tsruntime/tsruntimeConfig.cmake
                  lib/pkgconfig/tsruntime.pc)
   if(NOT EXISTS ${prefix}/${required})
     message(FATAL_ERROR "not installed: ${required}")
@@ -40,6 +41,10 @@ run(${WORK_DIR}/examples/hello_tsruntime)
 if(NOT last_output MATCHES "Init: True")
   message(FATAL_ERROR "unexpected output of the sample host:\n${last_output}")
 endif()
+run(${WORK_DIR}/examples/hello_c)
+if(NOT last_output MATCHES "Filter: abc\nSelStart = 2")
+  message(FATAL_ERROR "unexpected output of the C host:\n${last_output}")
+endif()
 
 # The same sample built by hand with pkg-config, as a Makefile user would.
 set(ENV{PKG_CONFIG_PATH} ${prefix}/lib/pkgconfig)
@@ -55,4 +60,10 @@ run(c++ ${SOURCE_DIR}/examples/hello_tsruntime.cpp ${flags} -Wl,-rpath,${prefix}
 run(${WORK_DIR}/hello_pkgconfig)
 if(NOT last_output MATCHES "Init: True")
   message(FATAL_ERROR "unexpected output of the pkg-config build:\n${last_output}")
+endif()
+run(cc -std=c11 ${SOURCE_DIR}/examples/hello_c.c ${flags} -Wl,-rpath,${prefix}/lib
+    -o ${WORK_DIR}/hello_c_pkgconfig)
+run(${WORK_DIR}/hello_c_pkgconfig)
+if(NOT last_output MATCHES "Filter: abc")
+  message(FATAL_ERROR "unexpected output of the C pkg-config build:\n${last_output}")
 endif()
