@@ -13,6 +13,15 @@ packages=(
   coreutils
 )
 
+# Toolchains of the binding examples (examples/gambas, examples/pascal). Only their tests
+# use them; CMake leaves those tests out where they are missing, and the library's own
+# build never needs them.
+binding_packages=(
+  fp-compiler
+  gambas3-devel gambas3-runtime
+)
+packages+=("${binding_packages[@]}")
+
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
