@@ -7,11 +7,20 @@ packages=(
   build-essential cmake ninja-build pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
   libicu-dev zlib1g-dev uuid-dev libsqlite3-dev libx11-dev
-  qt6-base-dev xvfb xauth x11-xkb-utils
+  qt6-base-dev libxcb1-dev xvfb xauth x11-xkb-utils
   clang libclang-rt-14-dev
   pybind11-dev python3-dev python3-pytest
   coreutils
 )
+
+# Toolchains of the binding examples (examples/gambas, examples/pascal). Only their tests
+# use them; CMake leaves those tests out where they are missing, and the library's own
+# build never needs them.
+binding_packages=(
+  fp-compiler
+  gambas3-devel gambas3-runtime
+)
+packages+=("${binding_packages[@]}")
 
 missing=()
 for p in "${packages[@]}"; do

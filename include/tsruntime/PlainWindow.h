@@ -24,7 +24,8 @@ class PlainWindow : public Object {
   ~PlainWindow() override;
   TSRUNTIME_CLASS_INFO;
 
-  // The native window id, the handle GSubclass takes; 0 once destroyed.
+  // The native window id, the handle GSubclass takes. 0 once the window is destroyed,
+  // and after a close until it is shown again (with a new handle).
   int32_t Handle() const;
 
   String Caption() const;
@@ -37,7 +38,8 @@ class PlainWindow : public Object {
   // Moves and resizes, in pixels; the window's own size changes arrive as messages 3, 5.
   void Move(int32_t Left, int32_t Top, int32_t Width, int32_t Height);
 
-  // Asks the window to close, as the user's close button does (message 16).
+  // Asks the window to close, as the user's close button does (message 16). A close
+  // that goes through destroys the native window (message 2), as on the platform.
   void Close();
 
   // Destroys the window now; the destroy notice (2) goes through the chain first. The

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "tsruntime/automation/dispatch.h"
+#include "python_object.h"
 #include "tsruntime/automation/modules.h"
 #include "values.h"
 
@@ -44,6 +45,8 @@ class CallScope {
   HandlerFailure* outer_;
 };
 
+}  // namespace
+
 void HandlerFailed(py::error_already_set error) {
   if (innermost_call && !innermost_call->error) {
     innermost_call->error = std::move(error);
@@ -51,6 +54,8 @@ void HandlerFailed(py::error_already_set error) {
   }
   error.discard_as_unraisable("a tsruntime event handler");
 }
+
+namespace {
 
 // Runs `body` (an Invoke) so that a handler failure during it surfaces afterwards; the
 // handler's exception wins over an error the library raised later in the same call.

@@ -1,5 +1,7 @@
 #include "values.h"
 
+#include "python_object.h"
+
 #include <bit>
 #include <cstdio>
 #include <cstring>
@@ -184,6 +186,11 @@ Variant ToVariantAt(py::handle value, int depth) {
   if (PyIndex_Check(value.ptr())) {
     return FromInt(py::reinterpret_steal<py::object>(PyNumber_Index(value.ptr())));
   }
+  // An instance of a Python class: a late-bound object (a client the library calls).
+  if (PyType_HasFeature(Py_TYPE(value.ptr()), Py_TPFLAGS_HEAPTYPE) && !PyType_Check(value.ptr()) &&
+      !PyCallable_Check(value.ptr())) {
+    return Variant(LateBoundPythonObject(value));
+  }
   throw py::type_error("cannot pass a value of type '" +
                        py::str(py::type::handle_of(value).attr("__name__")).cast<std::string>() +
                        "' to the library");
@@ -234,6 +241,9 @@ py::object ToPython(const Variant& value) {
     case VarType::kObject: {
       const Ref<Object>& object = value.asObject();
       if (!object) return py::none();
+      if (PyObject* target = PythonTargetOf(*object)) {
+        return py::reinterpret_borrow<py::object>(target);
+      }
       const Hooks& hooks = GetHooks();
       if (!hooks.dispatch_class) return py::cast(ObjectHandle{object});
       return hooks.dispatch_class(ObjectHandle{object});

@@ -53,7 +53,10 @@ TEST(Tsrt, CallsPrintTheResultThenEachArgumentWrittenBack) {
       {R"(call clsZKArray SortBubble 'Array(-1 To 0: "b", "a") As String')",
        "True\nSortArray = Array(-1 To 0: \"a\", \"b\") As String\n"},
       {R"(call clsZKDictionary Add '"k"' '5&' : Data '"k"' : Data '"k"' = Nothing : Data '"k"')",
-       "5&\nNothing\n"}};
+       "5&\nNothing\n"},
+      // the user-interface module, loaded on first use, with no display and quietly
+      {"call CTimer Interval = 100 : Interval : Enabled = False : Enabled = True : Interval",
+       "100\n0\n"}};
   for (const auto& c : cases) {
     const Outcome r = RunTsrt(c.args);
     EXPECT_EQ(r.code, 0) << c.args << ": " << r.err;
@@ -77,6 +80,8 @@ TEST(Tsrt, FailuresExitWithTheirStatusAndReportOnStandardError) {
       {"call clsZKRunTimeLib Language = 1 : Language : Nope", 1, "1\n", k438},
       {"call NoSuchClass Init", 1, "",
        "Error 429 (ZKRuntimeLib): ActiveX component can't create object\n"},
+      {"call GSubclass AttachMessage Nothing 5 16", 1, "",
+       "Error -2147208421 (tsruntime.WindowProc): Invalid window\n"},
       {R"(call clsZKString InstrRight '"a"' '"b"' -2)", 1, "",
        "Error -2147220803 (ZKRuntimeLib.clsZKString.InstrRight): SearchLen = -2\n"},
       {R"(call clsZKString Filter 'Expression:="a"')", 1, "",
@@ -111,7 +116,11 @@ TEST(Tsrt, ListsClassesMembersEnumerationsAndHelp) {
     std::vector<const char*> parts;  // each found in the output
   } cases[] = {
       {"classes", {"\nclsZKRunTimeLib    TSRuntimeLib.clsZKRunTimeLib\n",
-                   "Enumerator         TSRuntimeLib.Enumerator  (not creatable)\n"}},
+                   "Enumerator         TSRuntimeLib.Enumerator  (not creatable)\n",
+                   "CTimer             TSRuntimeLib.CTimer\n",
+                   "ISubclass          TSRuntimeLib.ISubclass  (not creatable)\n"}},
+      {"members CTimer", {"  Sub PulseTimer()\n", "\n  Event ThatTime()\nEnd Class\n"}},
+      {"enums EErrorTimer", {"  eeTooManyTimers = 13651\n  eeCantCreateTimer = 13652\n"}},
       {"members clsZKRunTimeLib",
        {"Class clsZKRunTimeLib  ' TSRuntimeLib.clsZKRunTimeLib\n  Function Init() As Boolean\n"
         "  Property Let Language(ByVal RHS As Long)\n  Property Get Language() As Long\n"

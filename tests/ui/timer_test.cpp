@@ -1,36 +1,192 @@
-// CTimer: the Interval and Enabled rules, the per-thread table, ticks on the event loop.
+// CTimer: the Interval and Enabled rules, the per-thread table of 100 slots, ticks that
+// arrive while the thread pumps, and the errors.
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
+#include <thread>
+#include <vector>
 
+#include "support/outcome.h"
 #include "timer_table.h"
 #include "tsruntime/CTimer.h"
-#include "tsruntime/automation/modules.h"
+#include "ui_support.h"
 
 namespace tsruntime {
 namespace {
 
-// Pumps until `done` or a generous deadline; the deadline only guards against a hang.
-template <class F>
-bool PumpUntil(F done) {
-  QElapsedTimer clock;
-  clock.start();
-  while (!done() && clock.elapsed() < 5000) PumpWaitingMessages();
-  return done();
+using testing::OnNewQtThread;
+using testing::PumpFor;
+using testing::PumpUntil;
+using timer_detail::TimerTable;
+
+TimerTable& Table() { return *TimerTable::ForThisThread(); }
+
+// A timer's state as "Interval/Enabled/in the table": "100/False/running".
+std::string State(const CTimer& t, int running_before) {
+  const bool running = Table().RunningTimers() > running_before;
+  return std::to_string(t.Interval()) + (t.Enabled() ? "/True/" : "/False/") +
+         (running ? "running" : "stopped");
 }
 
-TEST(Timer, TicksRaiseThatTimeWhileTheThreadPumps) {
+TEST(Timer, IntervalAndEnabledFollowTheirRules) {
+  struct Row {
+    const char* what;
+    std::function<void(CTimer&)> steps;
+    std::string expected;
+  };
+  const std::vector<Row> rows = {
+      {"a new timer is stopped", [](CTimer&) {}, "0/False/stopped"},
+      {"Interval = 0 on a stopped timer does nothing", [](CTimer& t) { t.LetInterval(0); },
+       "0/False/stopped"},
+      {"Interval = 100 starts ticking although Enabled reads False",
+       [](CTimer& t) { t.LetInterval(100); }, "100/False/running"},
+      {"Interval = -5 on a running timer stops it and reads 0",
+       [](CTimer& t) { t.LetInterval(100); t.LetInterval(-5); }, "0/False/stopped"},
+      {"Enabled = True on a new timer does nothing", [](CTimer& t) { t.LetEnabled(true); },
+       "0/True/stopped"},
+      {"Enabled = True after an Interval keeps it running",
+       [](CTimer& t) { t.LetInterval(100); t.LetEnabled(true); }, "100/True/running"},
+      {"Enabled = False stops a running timer",
+       [](CTimer& t) { t.LetInterval(100); t.LetEnabled(false); }, "0/False/stopped"},
+      {"Enabled = False then True leaves it stopped (the interval was forgotten)",
+       [](CTimer& t) { t.LetInterval(100); t.LetEnabled(false); t.LetEnabled(true); },
+       "0/True/stopped"},
+      {"Enabled = True then Interval starts it",
+       [](CTimer& t) { t.LetEnabled(true); t.LetInterval(50); }, "50/True/running"},
+      {"a different Interval restarts it with the new one",
+       [](CTimer& t) { t.LetInterval(100); t.LetInterval(70); }, "70/False/running"},
+  };
+  for (const Row& row : rows) {
+    const int running_before = Table().RunningTimers();
+    auto t = New<CTimer>();
+    row.steps(*t);
+    EXPECT_EQ(State(*t, running_before), row.expected) << row.what;
+    t->LetInterval(0);
+  }
+}
+
+TEST(Timer, SameIntervalDoesNotRestartADifferentOneDoes) {
+  OnNewQtThread([] {
+    auto t = New<CTimer>();
+    t->LetInterval(1000);
+    EXPECT_EQ(Table().SystemTimers(), 1);
+    t->LetInterval(1000);
+    EXPECT_EQ(Table().SystemTimers(), 1) << "no second system timer";
+    t->LetInterval(500);
+    EXPECT_EQ(Table().SystemTimers(), 1) << "the old one was killed";
+    EXPECT_EQ(t->Interval(), 500);
+    t->LetInterval(0);
+    EXPECT_EQ(Table().SystemTimers(), 0);
+  });
+}
+
+TEST(Timer, TicksRaiseThatTimeOnlyWhileRunning) {
   auto timer = New<CTimer>();
   int ticks = 0;
   timer->OnThatTime([&] { ++ticks; });
   timer->LetInterval(5);
-  EXPECT_FALSE(timer->Enabled()) << "Interval alone starts the timer";
   EXPECT_TRUE(PumpUntil([&] { return ticks >= 3; }));
   timer->LetInterval(0);
   const int seen = ticks;
-  PumpWaitingMessages();
+  PumpFor(30);
   EXPECT_EQ(ticks, seen) << "a stopped timer does not tick";
+  timer->PulseTimer();
+  EXPECT_EQ(ticks, seen + 1) << "PulseTimer raises ThatTime at once, even when stopped";
+}
+
+TEST(Timer, ARunningTimerOutlivesItsHostReferencesUntilStopped) {
+  OnNewQtThread([] {
+    int ticks = 0;
+    CTimer* raw = nullptr;
+    {
+      auto t = New<CTimer>();
+      t->OnThatTime([&] { ++ticks; });
+      t->LetInterval(2);
+      raw = t.get();
+    }
+    EXPECT_EQ(raw->RefCount(), 1) << "only the slot holds it";
+    EXPECT_TRUE(PumpUntil([&] { return ticks >= 2; })) << "it keeps ticking";
+    raw->LetInterval(0);  // the slot lets go: the timer is destroyed here
+    EXPECT_EQ(Table().RunningTimers(), 0);
+  });
+}
+
+TEST(Timer, HundredSlotsPerThreadThe101stFailsAndItsSystemTimerLeaks) {
+  OnNewQtThread([] {
+    std::vector<Ref<CTimer>> timers;
+    for (int i = 0; i < 100; ++i) {
+      timers.push_back(New<CTimer>());
+      timers.back()->LetInterval(60000);
+    }
+    EXPECT_EQ(Table().HighWaterMark(), 100);
+    auto extra = New<CTimer>();
+    int extra_ticks = 0;
+    extra->OnThatTime([&] { ++extra_ticks; });
+    EXPECT_EQ(testing::RaisedFields([&] { extra->LetInterval(1); }),
+              "-2147207853\ntsruntime.WindowProc\nNo more than 10 timers allowed per class\n\n0");
+    EXPECT_EQ(extra->Interval(), 1) << "it keeps its active interval";
+    EXPECT_EQ(Table().SystemTimers(), 101) << "its system timer was not killed";
+
+    timers[41]->LetInterval(0);
+    timers[7]->LetInterval(0);
+    EXPECT_EQ(Table().RunningTimers(), 98);
+    auto reuse = New<CTimer>();
+    reuse->LetInterval(60000);
+    timers[7]->LetInterval(60000);
+    EXPECT_EQ(Table().RunningTimers(), 100) << "freed slots are reused";
+    EXPECT_EQ(testing::Outcome([&] { timers[41]->LetInterval(60000); }), "error -2147207853");
+    EXPECT_EQ(Table().HighWaterMark(), 100);
+
+    for (auto& t : timers) t->LetInterval(0);
+    reuse->LetInterval(0);
+    EXPECT_EQ(Table().HighWaterMark(), 100) << "the mark never drops";
+    extra->LetInterval(0);
+    EXPECT_EQ(extra->Interval(), 0);
+    EXPECT_EQ(Table().SystemTimers(), 2) << "no stop finds the two leaked system timers";
+    PumpFor(20);
+    EXPECT_EQ(extra_ticks, 0) << "its ticks reach no timer";
+  });
+}
+
+TEST(Timer, SlotsAreFilledLowestFirst) {
+  OnNewQtThread([] {
+    auto a = New<CTimer>(), b = New<CTimer>(), c = New<CTimer>();
+    a->LetInterval(60000);
+    b->LetInterval(60000);
+    EXPECT_EQ(Table().HighWaterMark(), 2);
+    a->LetInterval(0);
+    c->LetInterval(60000);
+    EXPECT_EQ(Table().HighWaterMark(), 2) << "c took slot 1, freed by a";
+    b->LetInterval(0);
+    c->LetInterval(0);
+  });
+}
+
+TEST(Timer, AThreadWithoutAnEventLoopCannotStartOne) {
+  std::string outcome;
+  int32_t interval = -1;
+  std::thread([&] {
+    auto t = New<CTimer>();
+    outcome = testing::RaisedFields([&] { t->LetEnabled(true), t->LetInterval(10); });
+    interval = t->Interval();
+  }).join();
+  EXPECT_EQ(outcome, "-2147207852\ntsruntime.WindowProc\nCan't create system timer\n\n0");
+  EXPECT_EQ(interval, 0) << "the failed timer is stopped";
+}
+
+TEST(Timer, LateBoundMembersAndThatTimeEvent) {
+  Ref<Object> t = CreateObject(u"TSRuntimeLib.CTimer");
+  int events = 0;
+  t->Connect([&](StringView event, std::vector<Variant>& args) {
+    events += event == u"ThatTime" && args.empty();
+  });
+  std::vector<Argument> none;
+  std::vector<Argument> value{{{}, Variant(u"data")}};
+  Invoke(*t, u"Item", InvokeKind::kLet, value);
+  EXPECT_EQ(testing::U8(ToString(Invoke(*t, u"item", InvokeKind::kCall, none))), "data");
+  Invoke(*t, u"PulseTimer", InvokeKind::kCall, none);
+  EXPECT_EQ(events, 1);
+  std::vector<Argument> bad{{{}, Variant(u"x")}};
+  EXPECT_EQ(testing::Outcome([&] { Invoke(*t, u"Interval", InvokeKind::kLet, bad); }), "error 13");
 }
 
 }  // namespace

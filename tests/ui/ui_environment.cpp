@@ -4,12 +4,16 @@
 
 #include <cstdlib>
 
+#include "application.h"
+
 namespace {
 
 class OffscreenPlatform : public testing::Environment {
  public:
   void SetUp() override {
     if (!std::getenv("TSRUNTIME_TEST_XCB_CHILD")) setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    // Tests on other threads find the application that the main thread made.
+    ASSERT_TRUE(tsruntime::ui_detail::EnsureApplication());
   }
 };
 

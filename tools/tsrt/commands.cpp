@@ -7,6 +7,7 @@
 #include "help.h"
 #include "literal_parser.h"
 #include "literal_printer.h"
+#include "python_path.h"
 #include "tsruntime/automation/dispatch.h"
 #include "type_listing.h"
 
@@ -142,6 +143,14 @@ int Dispatch(const std::vector<std::string>& words, std::ostream& out) {
   const Words args = Words(words).subspan(1);
   if (command == "--help" || command == "-h" || command == "help") {
     out << kHelp;
+  } else if (command == "--version") {
+    ExpectCount(args, 0, 0, "--version");
+    out << "tsrt (TSRuntimeLib) " TSRUNTIME_VERSION "\n";
+  } else if (command == "--python-path") {
+    ExpectCount(args, 0, 0, "--python-path");
+    const auto folder = PythonPackageFolder();
+    if (!folder) throw UsageError("the Python package tsruntime is not installed beside tsrt");
+    out << *folder << "\n";
   } else if (command == "classes") {
     ExpectCount(args, 0, 0, "classes");
     out << ListClasses(tsruntime::RegisteredClasses());

@@ -8,7 +8,7 @@ const char kUsage[] =
     "       tsrt enums [NAME]\n"
     "       tsrt call CLASS MEMBER [ARG ...] [: MEMBER [ARG ...] [= VALUE] ...]\n"
     "       tsrt let CLASS MEMBER [ARG ...] VALUE\n"
-    "       tsrt --help\n";
+    "       tsrt --help | --version | --python-path\n";
 
 const char kHelp[] =
     "tsrt: the command-line host of TSRuntimeLib.\n"
@@ -18,7 +18,7 @@ const char kHelp[] =
     "       tsrt enums [NAME]\n"
     "       tsrt call CLASS MEMBER [ARG ...] [: MEMBER [ARG ...] [= VALUE] ...]\n"
     "       tsrt let CLASS MEMBER [ARG ...] VALUE\n"
-    "       tsrt --help\n"
+    "       tsrt --help | --version | --python-path\n"
     "\n"
     "Commands\n"
     "  classes   every registered class with its ProgID TSRuntimeLib.<Class>;\n"
@@ -33,6 +33,9 @@ const char kHelp[] =
     "            statements on the same object follow after a \":\" word; one written\n"
     "            \"MEMBER [ARG ...] = VALUE\" assigns a property and prints nothing.\n"
     "  let       creates a new object and assigns VALUE to the property MEMBER.\n"
+    "  --version      the library's version.\n"
+    "  --python-path  the folder holding the Python package tsruntime, for adding it\n"
+    "                 to another interpreter (PYTHONPATH, or a .pth file).\n"
     "\n"
     "Each ARG is one shell word: a literal, Name:=literal for a named argument, or an\n"
     "empty word ('') to leave a positional argument out, as Missing does.\n"

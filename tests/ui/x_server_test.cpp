@@ -1,0 +1,76 @@
+// On a real X server: windows of other X clients are refused as external, the process's
+// own widgets are subclassed by their X window ids, and the module's application comes
+// up on xcb by itself.
+#include <gtest/gtest.h>
+
+#include <xcb/xcb.h>
+
+#include <QGuiApplication>
+#include <QWidget>
+
+#include "subclass_support.h"
+#include "support/outcome.h"
+#include "tsruntime/WindowMessages.h"
+#include "x_server.h"
+
+namespace tsruntime {
+namespace {
+
+TEST(XServer, ChecksThatNeedARealDisplayPassUnderXvfb) {
+  if (testing::IsXcbChild()) GTEST_SKIP() << "the child runs the checks themselves";
+  testing::Xvfb server;
+  ASSERT_FALSE(server.display().empty()) << "Xvfb did not start";
+  const std::string output = server.RunChild("XcbChild.*");
+  EXPECT_NE(output.find("[  PASSED  ] 2 tests."), std::string::npos) << output;
+  EXPECT_EQ(output.substr(output.rfind("exit")), "exit 0") << output;
+}
+
+// A window made by another X client: a connection of its own, as another process has.
+class ForeignWindow {
+ public:
+  ForeignWindow() : connection_(xcb_connect(nullptr, nullptr)) {
+    const xcb_setup_t* setup = xcb_get_setup(connection_);
+    xcb_screen_t* screen = xcb_setup_roots_iterator(setup).data;
+    id_ = xcb_generate_id(connection_);
+    xcb_create_window(connection_, XCB_COPY_FROM_PARENT, id_, screen->root, 0, 0, 50, 50, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, 0, nullptr);
+    xcb_map_window(connection_, id_);
+    free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+  }
+  ~ForeignWindow() { xcb_disconnect(connection_); }
+  int32_t id() const { return static_cast<int32_t>(id_); }
+
+ private:
+  xcb_connection_t* connection_;
+  xcb_window_t id_ = 0;
+};
+
+TEST(XcbChild, WindowsOfOtherClientsAreExternal) {
+  if (!testing::IsXcbChild()) GTEST_SKIP() << "runs under the Xvfb of XServer";
+  ForeignWindow foreign;
+  auto sub = New<GSubclass>();
+  std::string journal;
+  auto client = New<testing::Recorder>("A", &journal);
+  EXPECT_EQ(testing::RaisedFields([&] { sub->AttachMessage(client, foreign.id(), 16); }),
+            "-2147208420\ntsruntime.WindowProc\nCan't modify external window\n\n0");
+  EXPECT_EQ(testing::RaisedFields([&] { sub->AttachMessage(client, foreign.id() + 77, 16); }),
+            "-2147208421\ntsruntime.WindowProc\nInvalid window\n\n0");
+  EXPECT_EQ(testing::RaisedFields([&] { sub->DetachMessage(client, foreign.id(), 16); }),
+            "nothing raised");
+}
+
+TEST(XcbChild, OwnWidgetsAreSubclassedByTheirXWindowIds) {
+  if (!testing::IsXcbChild()) GTEST_SKIP() << "runs under the Xvfb of XServer";
+  EXPECT_EQ(QGuiApplication::platformName(), "xcb");
+  testing::TestWindow window;
+  window.widget->show();
+  auto sub = New<GSubclass>();
+  std::string journal;
+  auto client = New<testing::Recorder>("A", &journal, 9);
+  sub->AttachMessage(client, window.handle(), wm::kUser);
+  EXPECT_EQ(SendMessage(window.handle(), wm::kUser, 0, 0), 9);
+  sub->DetachMessage(client, window.handle(), wm::kUser);
+}
+
+}  // namespace
+}  // namespace tsruntime

@@ -1,0 +1,28 @@
+// Qt events as the original platform's window messages (the table in WindowMessages.h).
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+class QEvent;
+class QWidget;
+
+namespace tsruntime::subclass_detail {
+
+struct Message {
+  int32_t msg = 0;
+  int32_t wParam = 0;
+  int32_t lParam = 0;
+};
+
+// The messages an event on `widget` stands for, in order: none for an event outside the
+// table, two or more for a key press with text (256 then one 258 per UTF-16 unit).
+std::vector<Message> MessagesFor(const QWidget& widget, QEvent& event);
+
+// Low word x, high word y, each cut to 16 bits as the platform packs them.
+int32_t MakeLong(int32_t low, int32_t high);
+
+// The platform's virtual-key code of a Qt key; 0 for a key it has no code for.
+int32_t VirtualKey(int qt_key, bool keypad);
+
+}  // namespace tsruntime::subclass_detail
