@@ -12,7 +12,6 @@
 #include <filesystem>
 #include <fstream>
 
-#include "application.h"
 #include "modal_script.h"
 #include "support/outcome.h"
 #include "tsruntime/clsZKCDL.h"
@@ -58,7 +57,6 @@ class Folder {
 
 TEST(CdlDialogs, OpenFileShowsTheSettingsAndSplitsTheChoice) {
   Folder folder;
-  ASSERT_TRUE(ui_detail::EnsureApplication());  // the owner window needs it first
   QWidget owner;
   owner.winId();
   auto cdl = New<clsZKCDL>();

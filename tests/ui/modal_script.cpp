@@ -1,14 +1,11 @@
 #include "modal_script.h"
 
-#include <QCoreApplication>
 
 namespace tsruntime::testing {
 namespace {
 
 constexpr int kPollMs = 10;
 constexpr int kDeadlinePolls = 1500;  // fifteen seconds without progress
-
-ModalScript* pending = nullptr;  // waiting for the application to exist
 
 }  // namespace
 
@@ -17,32 +14,12 @@ bool ModalScript::Matches(const Step& step, const QWidget& window) {
          (!step.object_name || window.objectName() == QLatin1String(step.object_name));
 }
 
-ModalScript::ModalScript() {
-  if (QCoreApplication::instance()) {
-    Start();
-  } else {
-    pending = this;
-    qAddPreRoutine(&ModalScript::StartPending);
-  }
-}
-
-ModalScript::~ModalScript() {
-  if (pending == this) pending = nullptr;
-  delete timer_;
-}
-
-void ModalScript::StartPending() {
-  if (ModalScript* script = pending) {
-    pending = nullptr;
-    script->Start();
-  }
-}
-
-void ModalScript::Start() {
-  timer_ = new QTimer;
+ModalScript::ModalScript() : timer_(new QTimer) {
   QObject::connect(timer_, &QTimer::timeout, [this] { Poll(); });
   timer_->start(kPollMs);
 }
+
+ModalScript::~ModalScript() { delete timer_; }
 
 void ModalScript::Poll() {
   QWidget* modal = QApplication::activeModalWidget();

@@ -6,10 +6,9 @@
 //   cdl->ShowOpenFile();              // returns once the step has accepted
 //   EXPECT_TRUE(script.Done());
 //
-// Steps run from the event loop of the modal window they wait for. The script starts
-// polling at once when the application exists, else as soon as it is created (the module
-// makes it on demand). A script that is not done within its deadline rejects every modal
-// window, so that a missed step fails the test instead of hanging it.
+// Steps run from the event loop of the modal window they wait for; the application exists
+// from the start (ui_environment.cpp). A modal window that no step takes within the
+// deadline is closed, so that a missed step fails the test instead of hanging it.
 #pragma once
 
 #include <QApplication>
@@ -49,8 +48,6 @@ class ModalScript {
     std::function<void(QWidget&)> act;
   };
   static bool Matches(const Step& step, const QWidget& window);
-  static void StartPending();
-  void Start();
   void Poll();
 
   std::vector<Step> steps_;
