@@ -5,6 +5,7 @@ import pytest
 
 from conftest import raised
 
+import tsruntime
 from tsruntime import Dispatch, SafeArray
 
 BYTE, STRING = 17, 8
@@ -38,10 +39,21 @@ def test_byte_arrays_round_trip_with_bounds_from_zero(fs, tmp_path, data, held, 
         assert ok is False and back == SafeArray.undimensioned(BYTE), "an empty file fails the read"
 
 
-def test_byte_reads_fail_quietly_and_reject_other_arrays(fs, tmp_path):
+def test_byte_reads_fail_quietly_and_reject_what_is_no_byte_array(fs, tmp_path):
     assert fs.BinaryRead(str(tmp_path / "none"), b"kept") == (False, b"kept")
     (tmp_path / "f").write_bytes(b"x")
+    assert fs.BinaryRead(str(tmp_path / "f"), None) == (True, b"x")  # Empty: a new array
     assert raised(lambda: fs.BinaryRead(str(tmp_path / "f"), ["not", "bytes"]))[0] == 13
+    assert raised(lambda: fs.BinaryWrite(str(tmp_path / "f"), "text"))[0] == 13
+
+
+def test_the_root_hands_out_new_objects_and_the_enumerations_are_registered():
+    root = Dispatch("TSRuntimeLib.clsZKRunTimeLib")
+    assert root.GetObjFileSystem != root.GetObjFileSystem
+    assert tsruntime.enums()["xeZK_GETSYSFOLDER"] == {
+        "xcZK_GETSYSFOLDER_WINDOWS": 0, "xcZK_GETSYSFOLDER_SYSTEM": 1, "xcZK_GETSYSFOLDER_TEMP": 2}
+    assert tsruntime.enums()["xeZK_FILEWRITEMODES"] == {
+        "xcZK_FILEWRITE_IFEXISTS": 1, "xcZK_FILEWRITE_REPLACE": 4, "xcZK_FILEWRITE_APPEND": 8}
 
 
 def test_text_goes_through_code_page_1251_and_the_write_modes(fs, tmp_path):

@@ -1,4 +1,6 @@
 // DirScan and DirScanFiles: what is listed, in which order, and how the tables grow.
+#include <functional>
+
 #include "system/fs_fixture.h"
 
 namespace tsruntime::testing {
@@ -6,85 +8,59 @@ namespace {
 
 class Scanning : public FsTest {
  protected:
-  // The names of a folder in the kernel's listing order.
-  std::vector<std::string> KernelOrder(const std::string& relative) const {
-    std::vector<std::string> names;
-    for (const auto& e : std::filesystem::directory_iterator(Native(relative))) {
-      names.push_back(e.path().filename().string());
+  // What DirScan should list of a folder: its kernel listing without the leading run of
+  // dot-names, as "name|full path" rows of folders (`folders`) or of the rest.
+  std::vector<std::string> Expected(const std::string& folder, bool folders) const {
+    std::vector<std::string> rows;
+    bool leading = true;
+    for (const std::string& name : Listing(folder, false)) {
+      if (leading && name[0] == '.') continue;
+      leading = false;
+      if (std::filesystem::is_directory(Native(folder + "/" + name)) == folders) {
+        rows.push_back(name + "|" + Native(folder + "/" + name));
+      }
     }
-    return names;
+    return rows.empty() ? std::vector<std::string>{"-1 to -1"} : rows;
   }
 };
 
-// A table as "name|path" rows, or "rows -1 to -1".
+// A (column, row) table as "name|path" rows, or "-1 to -1".
 std::vector<std::string> Rows(const SafeArray& table) {
+  EXPECT_EQ(table.bounds().front().upper, 1) << "two columns";
+  if (table.ubound(2) == -1) return {std::to_string(table.lbound(2)) + " to -1"};
   std::vector<std::string> rows;
-  EXPECT_EQ(table.dimensions(), 2);
-  EXPECT_EQ(table.lbound(1), 0);
-  EXPECT_EQ(table.ubound(1), 1);
-  if (table.ubound(2) == -1) {
-    EXPECT_EQ(table.lbound(2), -1);
-    return {"rows -1 to -1"};
-  }
   for (int32_t row = table.lbound(2); row <= table.ubound(2); ++row) {
     rows.push_back(U8(ToString(table.get(0, row))) + "|" + U8(ToString(table.get(1, row))));
   }
   return rows;
 }
 
-TEST_F(Scanning, DirScanListsFoldersAndFilesInListingOrder) {
+TEST_F(Scanning, DirScanListsFoldersAndFilesInListingOrderAfterTheLeadingDotNames) {
   Put("d/Файл один.txt", "");
-  Put("d/b.bin", "");
   MakeFolder("d/Папка");
   MakeFolder("other");
   Link("d/to-other", Native("other"));
-  Link("d/to-file", Native("d/b.bin"));
+  Link("d/to-file", Native("d/Файл один.txt"));
   Link("d/dangling", Native("none"));
-  Put("d/.hidden", "");
-  std::vector<std::string> dirs, files;
-  bool leading = true;
-  for (const std::string& name : KernelOrder("d")) {
-    if (leading && name[0] == '.') continue;
-    leading = false;
-    const bool folder = name == "Папка" || name == "to-other";
-    (folder ? dirs : files).push_back(name + "|" + Native("d/" + name));
-  }
-  SafeArray dir_table(VarType::kString), file_table(VarType::kString);
-  for (const String& path : {Path("d"), Path("d///")}) {
-    ASSERT_TRUE(fs_->DirScan(path, dir_table, file_table));
-    EXPECT_EQ(Rows(dir_table), dirs) << "folders, links to folders among them";
-    EXPECT_EQ(Rows(file_table), files) << "files, links to files and dangling links";
-    EXPECT_EQ(dir_table.elementType(), VarType::kString);
-  }
-}
-
-TEST_F(Scanning, DirScanSkipsOnlyTheLeadingRunOfDotNames) {
-  // Created until a dot-name is listed after an ordinary name, so that both parts of
-  // the rule are seen.
-  MakeFolder("d");
-  std::vector<std::string> order;
+  // Dot-names and plain names until a dot-name is listed after a plain one, so that
+  // both halves of the rule are seen.
   for (int i = 0; i < 64; ++i) {
     Put("d/.dot" + std::to_string(i), "");
     Put("d/plain" + std::to_string(i), "");
-    order = KernelOrder("d");
-    const auto first_plain = std::find_if(order.begin(), order.end(),
-                                          [](const std::string& n) { return n[0] != '.'; });
-    if (std::any_of(first_plain, order.end(), [](const std::string& n) { return n[0] == '.'; }) &&
-        first_plain != order.begin()) {
+    const auto order = Listing("d", false);
+    const auto plain = std::find_if(order.begin(), order.end(), [](auto& n) { return n[0] != '.'; });
+    if (plain != order.begin() &&
+        std::any_of(plain, order.end(), [](auto& n) { return n[0] == '.'; })) {
       break;
     }
   }
-  std::vector<std::string> expected;
-  bool leading = true;
-  for (const std::string& name : order) {
-    if (leading && name[0] == '.') continue;
-    leading = false;
-    expected.push_back(name + "|" + Native("d/" + name));
-  }
   SafeArray dirs(VarType::kString), files(VarType::kString);
-  ASSERT_TRUE(fs_->DirScan(Path("d"), dirs, files));
-  EXPECT_EQ(Rows(files), expected);
-  EXPECT_EQ(Rows(dirs), std::vector<std::string>{"rows -1 to -1"});
+  for (const String& path : {Path("d"), Path("d///")}) {
+    ASSERT_TRUE(fs_->DirScan(path, dirs, files));
+    EXPECT_EQ(Rows(dirs), Expected("d", true)) << "links to folders among the folders";
+    EXPECT_EQ(Rows(files), Expected("d", false)) << "links to files and dangling links";
+    EXPECT_EQ(dirs.elementType(), VarType::kString);
+  }
 }
 
 TEST_F(Scanning, DirScanTablesStartAnewOrGrow) {
@@ -92,80 +68,61 @@ TEST_F(Scanning, DirScanTablesStartAnewOrGrow) {
   MakeFolder("one/sub");
   Put("two/b.txt", "");
   MakeFolder("empty");
-  const std::vector<std::string> empty{"rows -1 to -1"};
+  const std::vector<std::string> none{"-1 to -1"}, sub{"sub|" + Native("one/sub")},
+      a{"a.txt|" + Native("one/a.txt")}, b{"b.txt|" + Native("two/b.txt")},
+      ab{a[0], b[0]};
   SafeArray dirs(VarType::kString), files(VarType::kString);
   const struct {
     const char* what;
     std::string folder;
-    bool add;
-    bool result;
+    bool add, result;
     std::vector<std::string> dirs, files;
   } rows[] = {
-      {"an empty folder gives two empty tables", "empty", false, true, empty, empty},
-      {"appending to empty tables starts at row 0", "one", true, true,
-       {"sub|" + Native("one/sub")}, {"a.txt|" + Native("one/a.txt")}},
-      {"appending again goes after the rows there", "two", true, true,
-       {"sub|" + Native("one/sub")},
-       {"a.txt|" + Native("one/a.txt"), "b.txt|" + Native("two/b.txt")}},
-      {"a missing folder while appending keeps dimensioned tables", "none", true, false,
-       {"sub|" + Native("one/sub")},
-       {"a.txt|" + Native("one/a.txt"), "b.txt|" + Native("two/b.txt")}},
-      {"an empty folder while appending adds nothing", "empty", true, true,
-       {"sub|" + Native("one/sub")},
-       {"a.txt|" + Native("one/a.txt"), "b.txt|" + Native("two/b.txt")}},
-      {"without appending the tables start anew", "two", false, true, empty,
-       {"b.txt|" + Native("two/b.txt")}},
-      {"a missing folder empties both tables", "none", false, false, empty, empty},
+      {"an empty folder gives two empty tables", "empty", false, true, none, none},
+      {"appending to empty tables starts at row 0", "one", true, true, sub, a},
+      {"appending again goes after the rows there", "two", true, true, sub, ab},
+      {"a missing folder while appending keeps the tables", "none", true, false, sub, ab},
+      {"an empty folder while appending adds nothing", "empty", true, true, sub, ab},
+      {"without appending the tables start anew", "two", false, true, none, b},
+      {"a missing folder empties both tables", "none", false, false, none, none},
   };
   for (const auto& r : rows) {
     EXPECT_EQ(fs_->DirScan(Path(r.folder), dirs, files, r.add), r.result) << r.what;
     EXPECT_EQ(Rows(dirs), r.dirs) << r.what;
     EXPECT_EQ(Rows(files), r.files) << r.what;
   }
-
-  SafeArray never(VarType::kString), kept = SafeArray(VarType::kString, {{0, 1}, {0, 0}});
-  kept.set(1, 0, Variant(u"kept"));
+  SafeArray never(VarType::kString), kept(VarType::kString, {{0, 1}, {0, 0}});
   EXPECT_FALSE(fs_->DirScan(Path("none"), never, kept, true));
-  EXPECT_EQ(Rows(never), empty) << "a table never dimensioned becomes empty";
-  EXPECT_EQ(Rows(kept), std::vector<std::string>{"|kept"}) << "a table with rows is kept";
-}
-
-TEST_F(Scanning, DirScanRaisesWhatGoesWrongWithTheFolderNamed) {
-  Put("d/a.txt", "");
-  SafeArray list = SafeArray::FromStrings({u"x"}), files(VarType::kString);
-  EXPECT_EQ(RaisedFields([&] { fs_->DirScan(Path("d"), list, files, true); }),
+  EXPECT_EQ(Rows(never), none) << "a table never dimensioned becomes empty";
+  EXPECT_EQ(Rows(kept), std::vector<std::string>{"|"}) << "a table with a row is kept";
+  SafeArray list = SafeArray::FromStrings({u"x"});
+  EXPECT_EQ(Run([&] { return fs_->DirScan(Path("one"), list, files, true); }),
             std::to_string(xcZKERR_FS_DIRSCAN) +
-                "\nZKRuntimeLib.clsZKFileSystem.DirScan\nSubscript out of range\r\n"
-                "DirFullName = '" + Native("d") + "'\n\n0")
+                " DirScan: Subscript out of range|DirFullName = '~/one'")
       << "a one-dimensional table has no row bound to continue from";
 }
 
 TEST_F(Scanning, DirScanFilesAddsEveryFilePathFolderFilesFirst) {
-  Put("t/a.txt", "");
-  Put("t/sub/b.txt", "");
-  Put("t/sub/deeper/c.txt", "");
-  Put("t/Вторая папка/d e.txt", "");
-  Put("t/z.txt", "");
+  for (const char* file : {"t/a.txt", "t/sub/b.txt", "t/sub/deeper/c.txt", "t/Вторая папка/d e",
+                           "t/z.txt"}) {
+    Put(file, "");
+  }
   MakeFolder("t/empty");
   Link("t/loop", Native("t"));
   Link("t/to-file", Native("t/a.txt"));
-  // The expected order: a folder's files in listing order, then each subfolder's.
-  std::vector<std::string> expected;
+  std::vector<std::string> expected;  // a folder's files in listing order, then its subfolders'
   std::function<void(const std::string&)> walk = [&](const std::string& folder) {
     std::vector<std::string> subfolders;
-    for (const auto& e : std::filesystem::directory_iterator(Native(folder))) {
-      const std::string name = e.path().filename().string();
-      if (e.is_symlink() && e.is_directory()) continue;
-      if (e.is_directory()) {
+    for (const std::string& name : Listing(folder, false)) {
+      const std::filesystem::path path = Native(folder + "/" + name);
+      if (!std::filesystem::is_directory(path)) expected.push_back(path.string());
+      if (std::filesystem::is_directory(path) && !std::filesystem::is_symlink(path)) {
         subfolders.push_back(folder + "/" + name);
-      } else {
-        expected.push_back(Native(folder + "/" + name));
       }
     }
     for (const auto& sub : subfolders) walk(sub);
   };
   walk("t");
-
   for (const String& root : {Path("t"), Path("t/"), Path("t/sub/..")}) {
     auto found = New<clsZKDictionary>();
     ASSERT_TRUE(fs_->DirScanFiles(root, found)) << U8(root);
@@ -176,14 +133,12 @@ TEST_F(Scanning, DirScanFilesAddsEveryFilePathFolderFilesFirst) {
     }
     EXPECT_EQ(keys, expected) << U8(root);
   }
-
   std::filesystem::current_path(Native());
   auto relative = New<clsZKDictionary>();
   ASSERT_TRUE(fs_->DirScanFiles(u"t/sub/deeper", relative));
+  std::filesystem::current_path("/");
   EXPECT_EQ(U8(ToString(relative->Key(Variant(0)))), Native("t/sub/deeper/c.txt"))
       << "a relative root gives absolute paths";
-  std::filesystem::current_path("/");
-
   EXPECT_FALSE(fs_->DirScanFiles(Path("t"), nullptr)) << "no dictionary";
   EXPECT_FALSE(fs_->DirScanFiles(Path("none"), New<clsZKDictionary>())) << "no folder";
   EXPECT_FALSE(fs_->DirScanFiles(Path("t/a.txt"), New<clsZKDictionary>())) << "a file";
