@@ -142,4 +142,29 @@ TEST(Tsrt, ListsClassesMembersEnumerationsAndHelp) {
   }
 }
 
+TEST(Tsrt, OnErrorResumeNextKeepsEachFailureInErrForTheStatementsAfterIt) {
+  const struct {
+    const char* args;
+    int code;
+    const char* out;
+    const char* err;
+  } cases[] = {
+      {"call clsTSErrors On Error Resume Next : Nope : AddAsError Err : GetAsText", 0,
+       "\"[438] Object doesn't support this property or method\" & vbCrLf\n", ""},
+      {"call clsTSErrors on error resume next : Item 0 = 5 : Nope : AddAsError Err : Count", 0,
+       "1\n", ""},
+      {"call clsTSErrors AddAsError Err : GetAsText", 0, "vbCrLf\n", ""},
+      {"call clsTSErrors Nope : AddAsError Err", 1, "",
+       "Error 438 (ZKRuntimeLib): Object doesn't support this property or method\n"},
+      {R"(call clsTSErrors ProgramName = '"P"' : Add '"D"' 5 : ShowErrorMessage '"m"' 7)", 0, "",
+       "Программа:\tP\r\n\r\nКод ошибки: 7\r\nm\r\n  --> [5] D\r\n"},
+  };
+  for (const auto& c : cases) {
+    const Outcome r = RunTsrt(c.args);
+    EXPECT_EQ(r.code, c.code) << c.args;
+    EXPECT_EQ(r.out, c.out) << c.args;
+    EXPECT_EQ(r.err, c.err) << c.args;
+  }
+}
+
 }  // namespace
