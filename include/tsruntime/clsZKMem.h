@@ -71,8 +71,9 @@ class clsZKMem : public Object {
   // the true length: Round(v * 0.02 + v + 12) + 1 bytes for that value v. Blocks written
   // by older hosts are sized this way and hosts rely on the result. The capacity is
   // reserved, never touched beyond what the stream fills. A block whose value is
-  // negative (an original of 8 MiB or more) or whose capacity passes a Long fails, as
-  // does one the reservation cannot cover.
+  // negative (bit 23 of the original length set: 8 MiB to 16 MiB - 1, 100,000,000
+  // bytes...) or whose capacity passes a Long (about 7.84 MiB to 8 MiB) fails, as does
+  // one whose capacity is too small (16 MiB and just past it) or cannot be reserved.
   //
   // On failure (also: fewer than 5 bytes, not a one-dimensional byte array from 0, a
   // corrupt or truncated stream, a missing module) returns False and leaves the array
