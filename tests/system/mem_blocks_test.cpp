@@ -58,6 +58,18 @@ TEST(CompressedBlock, RoundTripsTheSizesTheEarlyReadCanHold) {
   }
 }
 
+TEST(CompressedBlock, RoundTripsOneHundredMebibytes) {
+  // 100 MiB leaves bit 23 of the length clear, so the early read can hold it.
+  const std::vector<uint8_t> data = MixedBytes(size_t{100} << 20);
+  auto mem = New<clsZKMem>();
+  SafeArray block = Bytes(data);
+  ASSERT_TRUE(mem->CompressData(block));
+  EXPECT_EQ(mem->OriginalSize(), 100 << 20);
+  EXPECT_LT(block.bytes().size(), data.size());
+  ASSERT_TRUE(mem->DecompressData(block));
+  EXPECT_TRUE(block.bytes() == data);
+}
+
 TEST(CompressedBlock, FailsForOriginalsWhoseEarlyReadIsNegativeOrTooSmall) {
   auto mem = New<clsZKMem>();
   // 8 MiB sets bit 23 of the stored size: the value read is negative. 16 MiB leaves the
