@@ -29,8 +29,13 @@
 
 namespace tsruntime {
 
+class clsZKFileSystem;
+
 class clsZKMem : public Object {
  public:
+  // Holds a clsZKFileSystem for its lifetime, as the class always has; no member uses it.
+  clsZKMem();
+  ~clsZKMem() override;
   TSRUNTIME_CLASS_INFO;
 
   // The high 16 bits, sign-extended: HiWord(-1) is -1, HiWord(0x12345678) is 0x1234.
@@ -89,6 +94,7 @@ class clsZKMem : public Object {
  private:
   int32_t original_size_ = 0;
   int32_t compressed_size_ = 0;
+  Ref<clsZKFileSystem> file_system_;
 };
 
 }  // namespace tsruntime
