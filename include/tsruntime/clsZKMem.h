@@ -63,9 +63,10 @@ class clsZKMem : public Object {
   // `OriginalSize` is set to UBound + 1 at once, whatever follows. The stream is written
   // into a buffer of Round(n * 0.01 + n + 12) + 1 bytes (halves to even). On success
   // `CompressedSize` is the block's length, trailer included; on failure it is 0 and the
-  // array is unchanged. Fails for a missing module, an array that is not a
-  // one-dimensional byte array or does not hold index 0 (an empty one, 0 to -1, is
-  // fine), and for a capacity beyond a Long.
+  // array is unchanged. Fails for a missing module, an array that does not hold index 0
+  // (an empty one, 0 to -1, is fine; one from -2 gives indexes 0 and up), and a capacity
+  // beyond a Long. A value that is not a one-dimensional byte array fails and changes
+  // nothing, the sizes included.
   bool CompressData(SafeArray& DataArray);
 
   // Replaces a compressed block in `DataArray` by the bytes it holds and returns True,
