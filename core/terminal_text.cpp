@@ -4,18 +4,36 @@
 #include <locale.h>
 #include <unicode/ucnv.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 
 namespace tsruntime {
 namespace {
 
+// The locale name the environment gives for character types.
+std::string EnvironmentLocaleName() {
+  for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+    const char* value = std::getenv(variable);
+    if (value && *value) return value;
+  }
+  return "C";
+}
+
 // The environment's character set, read without touching the process's own locale.
+// A name that spells its set ("ru_RU.KOI8-R@mod") gives it directly; only a bare name
+// needs the locale loaded.
 std::string EnvironmentCodeset() {
-  locale_t env = newlocale(LC_CTYPE_MASK, "", nullptr);
-  if (env == nullptr) return "UTF-8";
-  std::string codeset = nl_langinfo_l(CODESET, env);
-  freelocale(env);
+  const std::string name = EnvironmentLocaleName();
+  std::string codeset;
+  if (const size_t dot = name.find('.'); dot != std::string::npos) {
+    codeset = name.substr(dot + 1, name.find('@', dot) - dot - 1);
+  } else if (name != "C" && name != "POSIX") {
+    if (locale_t env = newlocale(LC_CTYPE_MASK, name.c_str(), nullptr)) {
+      codeset = nl_langinfo_l(CODESET, env);
+      freelocale(env);
+    }
+  }
   if (codeset.empty() || codeset == "ANSI_X3.4-1968" || codeset == "ASCII") return "UTF-8";
   return codeset;
 }

@@ -9,6 +9,7 @@
 #include "reserved_buffer.h"
 #include "tszlib_module.h"
 #include "tsruntime/automation/convert.h"
+#include "tsruntime/clsZKFileSystem.h"
 
 namespace tsruntime {
 namespace {
@@ -53,6 +54,9 @@ void WriteLittleEndian(uint8_t* p, uint32_t v) {
 }
 
 }  // namespace
+
+clsZKMem::clsZKMem() : file_system_(New<clsZKFileSystem>()) {}
+clsZKMem::~clsZKMem() = default;
 
 int16_t clsZKMem::HiWord(int32_t lngDW) const {
   return static_cast<int16_t>((lngDW & static_cast<int32_t>(0xFFFF0000)) / 65536);

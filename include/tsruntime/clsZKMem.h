@@ -29,8 +29,13 @@
 
 namespace tsruntime {
 
+class clsZKFileSystem;
+
 class clsZKMem : public Object {
  public:
+  // Holds a clsZKFileSystem for its lifetime, as the class always has; no member uses it.
+  clsZKMem();
+  ~clsZKMem() override;
   TSRUNTIME_CLASS_INFO;
 
   // The high 16 bits, sign-extended: HiWord(-1) is -1, HiWord(0x12345678) is 0x1234.
@@ -58,9 +63,10 @@ class clsZKMem : public Object {
   // `OriginalSize` is set to UBound + 1 at once, whatever follows. The stream is written
   // into a buffer of Round(n * 0.01 + n + 12) + 1 bytes (halves to even). On success
   // `CompressedSize` is the block's length, trailer included; on failure it is 0 and the
-  // array is unchanged. Fails for a missing module, an array that is not a
-  // one-dimensional byte array or does not hold index 0 (an empty one, 0 to -1, is
-  // fine), and for a capacity beyond a Long.
+  // array is unchanged. Fails for a missing module, an array that does not hold index 0
+  // (an empty one, 0 to -1, is fine; one from -2 gives indexes 0 and up), and a capacity
+  // beyond a Long. A value that is not a one-dimensional byte array fails and changes
+  // nothing, the sizes included.
   bool CompressData(SafeArray& DataArray);
 
   // Replaces a compressed block in `DataArray` by the bytes it holds and returns True,
@@ -71,8 +77,9 @@ class clsZKMem : public Object {
   // the true length: Round(v * 0.02 + v + 12) + 1 bytes for that value v. Blocks written
   // by older hosts are sized this way and hosts rely on the result. The capacity is
   // reserved, never touched beyond what the stream fills. A block whose value is
-  // negative (an original of 8 MiB or more) or whose capacity passes a Long fails, as
-  // does one the reservation cannot cover.
+  // negative (bit 23 of the original length set: 8 MiB to 16 MiB - 1, 100,000,000
+  // bytes...) or whose capacity passes a Long (about 7.84 MiB to 8 MiB) fails, as does
+  // one whose capacity is too small (16 MiB and just past it) or cannot be reserved.
   //
   // On failure (also: fewer than 5 bytes, not a one-dimensional byte array from 0, a
   // corrupt or truncated stream, a missing module) returns False and leaves the array
@@ -88,6 +95,7 @@ class clsZKMem : public Object {
  private:
   int32_t original_size_ = 0;
   int32_t compressed_size_ = 0;
+  Ref<clsZKFileSystem> file_system_;
 };
 
 }  // namespace tsruntime
