@@ -23,6 +23,8 @@ TSRUNTIME_DEFINE_CLASS(clsZKStorage) {
           .Let("Name", &clsZKStorage::LetName, {"RHS"})
           .Get("Name", &clsZKStorage::Name)
           .Method("Clear", &clsZKStorage::Clear)
+          .Method("ToString", &clsZKStorage::ToString, {"ErrFlag"})
+          .Method("ToObject", &clsZKStorage::ToObject, {"strData"})
           .Build();
   return info;
 }
