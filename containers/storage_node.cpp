@@ -25,6 +25,8 @@ TSRUNTIME_DEFINE_CLASS(clsZKStorage) {
           .Method("Clear", &clsZKStorage::Clear)
           .Method("ToString", &clsZKStorage::ToString, {"ErrFlag"})
           .Method("ToObject", &clsZKStorage::ToObject, {"strData"})
+          .Method("Save", &clsZKStorage::Save, {"FileFullName"})
+          .Method("Load", &clsZKStorage::Load, {"FileFullName"})
           .Build();
   return info;
 }
