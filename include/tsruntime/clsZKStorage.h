@@ -78,8 +78,8 @@ class clsZKStorage : public Object {
 
   // Writes `ToString` to the file as UTF-16 little-endian with no byte-order mark, two
   // bytes per character, through clsZKFileSystem.BinaryWrite (which replaces a file
-  // whole or not at all). True when the write succeeded and `ErrFlag` came back False.
-  // Never raises.
+  // whole or not at all). True when the write succeeded and `ErrFlag` came back False;
+  // when it came back True nothing is written and the old file stays. Never raises.
   bool Save(const String& FileFullName) const;
 
   // Reads the whole file with clsZKFileSystem.BinaryRead and returns `ToObject` of its
