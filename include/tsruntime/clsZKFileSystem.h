@@ -47,6 +47,7 @@
 #include "tsruntime/automation/dispatch.h"
 #include "tsruntime/automation/safearray.h"
 #include "tsruntime/clsZKDictionary.h"
+#include "tsruntime/errors.h"
 
 namespace tsruntime {
 
