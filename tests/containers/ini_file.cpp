@@ -1,6 +1,7 @@
 // clsZKIniFile on real files and on strings: reading rules, the one-line rewrite, the
 // load stamp and every error.
 #include <gtest/gtest.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include "containers/support.h"
