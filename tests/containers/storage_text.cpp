@@ -270,19 +270,5 @@ TEST(StorageText, DeepAndWideTreesRoundTripWithoutRecursion) {
   EXPECT_EQ(result.wide, 20001);
 }
 
-TEST(StorageText, LateBoundCallsWriteErrFlagBack) {
-  auto node = Make(u"A", {Variant(String(u"B"))});
-  std::vector<Argument> args{{{}, Variant(true)}};
-  EXPECT_EQ(Invoke(*node, u"ToString", InvokeKind::kCall, args),
-            Variant(String(u"000000010A0000000090000000230000000140008B")));
-  EXPECT_EQ(args[0].value, Variant(false));
-  auto copy = New<clsZKStorage>();
-  EXPECT_EQ(Call(*copy, u"ToObject", InvokeKind::kCall, {Variant(String(u"000000009000000009000000009"))}),
-            Variant(true));
-  EXPECT_EQ(Call(*copy->Items(), u"ToObject", InvokeKind::kCall, {Variant(String(u"0000000140008B"))}),
-            Variant(true));
-  EXPECT_EQ(copy->Items()->Item(0), Variant(String(u"B")));
-}
-
 }  // namespace
 }  // namespace tsruntime
