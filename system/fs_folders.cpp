@@ -1,8 +1,4 @@
 // Folders: existence, emptiness, creating whole paths, renaming, deleting, long names.
-#include <dirent.h>
-#include <sys/stat.h>
-
-#include <cerrno>
 
 #include "fs_entries.h"
 #include "tsruntime/clsZKFileSystem.h"
@@ -40,20 +36,19 @@ bool clsZKFileSystem::IsPathExists(const String& DirFullPath) {
 }
 
 bool clsZKFileSystem::IsDirEmpty(const String& DirFullPath) {
-  if (DirFullPath.find(u'\0') != String::npos) return false;
-  // The listing's own "." and ".." go with every other dot-name; a folder that cannot
-  // be listed lists nothing.
-  DIR* dir = ::opendir((ToUtf8(StripTrailingSeparators(DirFullPath)) + "/").c_str());
-  if (!dir) return true;
-  bool empty = true;
-  while (const dirent* e = ::readdir(dir)) {
-    if (e->d_name[0] != '.') {
-      empty = false;
-      break;
-    }
+  try {
+    const std::string folder = NativePath(StripTrailingSeparators(DirFullPath)) + "/";
+    const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return true;  // a folder that cannot be listed lists nothing
+    bool empty = true;
+    // Every dot-name is passed over, "." and ".." with the rest.
+    ForEachEntry(fd, folder, [&](int, std::string_view name, EntryKind) {
+      empty = empty && name.starts_with('.');
+    });
+    return empty;
+  } catch (const Error&) {
+    return false;
   }
-  ::closedir(dir);
-  return empty;
 }
 
 bool clsZKFileSystem::DirsMake(const String& DirFullPath) {
