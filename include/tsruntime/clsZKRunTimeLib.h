@@ -13,8 +13,9 @@
 #pragma once
 
 #include "tsruntime/automation/dispatch.h"
-#include "tsruntime/clsZKString.h"
 #include "tsruntime/clsZKArray.h"
+#include "tsruntime/clsZKFileSystem.h"
+#include "tsruntime/clsZKString.h"
 #include "tsruntime/errors.h"
 
 namespace tsruntime {
@@ -32,6 +33,7 @@ class clsZKRunTimeLib : public Object {
   void LetLanguage(int32_t value);
 
   // Service objects: a new one on every read; the caller owns it.
+  Ref<clsZKFileSystem> GetObjFileSystem() const;
   Ref<clsZKString> GetObjString() const;
   Ref<clsZKArray> GetObjArray() const;
 };
