@@ -17,6 +17,8 @@ install(TARGETS tsruntime EXPORT tsruntimeTargets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 install(DIRECTORY include/tsruntime DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   COMPONENT development)
+# The compression module goes beside the library, where the runtime looks for it first.
+install(TARGETS tszlib LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
 
 set(TSRUNTIME_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/tsruntime)
 install(EXPORT tsruntimeTargets NAMESPACE tsruntime:: DESTINATION ${TSRUNTIME_CMAKE_DIR}

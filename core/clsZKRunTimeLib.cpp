@@ -12,6 +12,7 @@ Ref<clsZKFileSystem> clsZKRunTimeLib::GetObjFileSystem() const {
 }
 Ref<clsZKString> clsZKRunTimeLib::GetObjString() const { return New<clsZKString>(); }
 Ref<clsZKArray> clsZKRunTimeLib::GetObjArray() const { return New<clsZKArray>(); }
+Ref<clsZKMem> clsZKRunTimeLib::GetObjMem() const { return New<clsZKMem>(); }
 
 TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
   static const ClassInfo info =
@@ -23,6 +24,7 @@ TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
           .Get("GetObjFileSystem", &clsZKRunTimeLib::GetObjFileSystem)
           .Get("GetObjString", &clsZKRunTimeLib::GetObjString)
           .Get("GetObjArray", &clsZKRunTimeLib::GetObjArray)
+          .Get("GetObjMem", &clsZKRunTimeLib::GetObjMem)
           .Build();
   return info;
 }

@@ -10,7 +10,7 @@ packages=(
   qt6-base-dev libxcb1-dev xvfb xauth x11-xkb-utils
   clang libclang-rt-14-dev
   pybind11-dev python3-dev python3-pytest
-  coreutils
+  coreutils locales
 )
 
 # Toolchains of the binding examples (examples/gambas, examples/pascal). Only their tests

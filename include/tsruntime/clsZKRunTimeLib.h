@@ -15,6 +15,7 @@
 #include "tsruntime/automation/dispatch.h"
 #include "tsruntime/clsZKArray.h"
 #include "tsruntime/clsZKFileSystem.h"
+#include "tsruntime/clsZKMem.h"
 #include "tsruntime/clsZKString.h"
 #include "tsruntime/errors.h"
 
@@ -36,6 +37,7 @@ class clsZKRunTimeLib : public Object {
   Ref<clsZKFileSystem> GetObjFileSystem() const;
   Ref<clsZKString> GetObjString() const;
   Ref<clsZKArray> GetObjArray() const;
+  Ref<clsZKMem> GetObjMem() const;
 };
 
 }  // namespace tsruntime

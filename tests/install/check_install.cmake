@@ -16,7 +16,7 @@ foreach(component runtime development tools)
 endforeach()
 foreach(required include/tsruntime/clsZKRunTimeLib.h include/tsruntime/tsruntime_c.h
                  lib/cmake/tsruntime/tsruntimeConfig.cmake
-                 lib/pkgconfig/tsruntime.pc)
+                 lib/pkgconfig/tsruntime.pc lib/libtszlib.so)
   if(NOT EXISTS ${prefix}/${required})
     message(FATAL_ERROR "not installed: ${required}")
   endif()
@@ -38,7 +38,7 @@ run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples -B ${WORK_DIR}/examples -G Ninja
     -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_BUILD_TYPE=Release)
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/examples)
 run(${WORK_DIR}/examples/hello_tsruntime)
-if(NOT last_output MATCHES "Init: True")
+if(NOT last_output MATCHES "Init: True\nCompressData: True")
   message(FATAL_ERROR "unexpected output of the sample host:\n${last_output}")
 endif()
 run(${WORK_DIR}/examples/hello_c)
@@ -58,7 +58,7 @@ separate_arguments(flags UNIX_COMMAND "${flags}")
 run(c++ ${SOURCE_DIR}/examples/hello_tsruntime.cpp ${flags} -Wl,-rpath,${prefix}/lib
     -o ${WORK_DIR}/hello_pkgconfig)
 run(${WORK_DIR}/hello_pkgconfig)
-if(NOT last_output MATCHES "Init: True")
+if(NOT last_output MATCHES "Init: True\nCompressData: True")
   message(FATAL_ERROR "unexpected output of the pkg-config build:\n${last_output}")
 endif()
 run(cc -std=c11 ${SOURCE_DIR}/examples/hello_c.c ${flags} -Wl,-rpath,${prefix}/lib
