@@ -19,11 +19,24 @@ struct Outcome {
 std::string LibraryDirectory() {
   Dl_info info{};
   if (dladdr(reinterpret_cast<void*>(&LibraryDirectory), &info) == 0 || !info.dli_fname) {
-    return ".";
+    return {};
   }
   const std::string path = info.dli_fname;
   const size_t slash = path.rfind('/');
-  return slash == std::string::npos ? "." : path.substr(0, slash);
+  return slash == std::string::npos ? std::string() : path.substr(0, slash);
+}
+
+void* OpenModuleBeside(std::string_view module_file, std::string* error) {
+  std::string messages;
+  if (const std::string folder = LibraryDirectory(); !folder.empty()) {
+    const std::string beside = folder + "/" + std::string(module_file);
+    if (void* handle = dlopen(beside.c_str(), RTLD_NOW | RTLD_LOCAL)) return handle;
+    messages = std::string(dlerror()) + "; ";
+  }
+  void* handle = dlopen(std::string(module_file).c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!handle) messages += dlerror();
+  if (error) *error = handle ? std::string() : messages;
+  return handle;
 }
 
 bool LoadModule(std::string_view module_file, std::string* error) {
@@ -34,17 +47,7 @@ bool LoadModule(std::string_view module_file, std::string* error) {
   auto found = outcomes.find(module_file);
   if (found == outcomes.end()) {
     Outcome outcome;
-    // Beside the library first, so that a build tree or an install prefix uses its own
-    // module; then wherever the loader looks.
-    const std::string beside = LibraryDirectory() + "/" + std::string(module_file);
-    void* handle = dlopen(beside.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!handle) {
-      outcome.error = dlerror();
-      handle = dlopen(std::string(module_file).c_str(), RTLD_NOW | RTLD_LOCAL);
-      if (!handle) outcome.error += "; " + std::string(dlerror());
-    }
-    outcome.loaded = handle != nullptr;  // kept loaded for the life of the process
-    if (outcome.loaded) outcome.error.clear();
+    outcome.loaded = OpenModuleBeside(module_file, &outcome.error) != nullptr;
     found = outcomes.emplace(std::string(module_file), std::move(outcome)).first;
   }
   if (error) *error = found->second.error;

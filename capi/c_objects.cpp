@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "c_boundary.h"
+#include "tsruntime/automation/modules.h"
 
 namespace tsruntime::capi {
 namespace {
@@ -138,6 +139,14 @@ tsrt_status tsrt_connect(tsrt_object* object, tsrt_event_callback callback, void
 
 void tsrt_disconnect(tsrt_object* object, int32_t cookie) {
   if (Object* o = FromHandle(object)) o->Disconnect(cookie);
+}
+
+void tsrt_pump_waiting_messages(void) {
+  // A callback's failure stays on its side: the callback must not unwind through here.
+  try {
+    PumpWaitingMessages();
+  } catch (...) {
+  }
 }
 
 }  // extern "C"

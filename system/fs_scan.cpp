@@ -42,24 +42,26 @@ class Table {
   int32_t next_ = 0;
 };
 
-// Adds the files of the open folder `fd` (named `path`, which ends in "/"), then those
-// below its subfolders, to `into`; takes ownership of `fd`. Links to folders are not
-// followed: a loop of links would never end.
-void CollectFiles(int fd, std::string& path, clsZKDictionary& into) {
+// Adds the files of the open folder `fd` (named `path`, and `text` in UTF-16, both
+// ending in "/"), then those below its subfolders, to `into`; takes ownership of `fd`.
+// Links to folders are not followed: a loop of links would never end.
+void CollectFiles(int fd, std::string& path, String& text, clsZKDictionary& into) {
   std::vector<std::string> subfolders;
-  const size_t length = path.size();
+  const size_t length = path.size(), text_length = text.size();
   ForEachEntry(fd, path, [&](int, std::string_view name, EntryKind kind) {
     if (kind == EntryKind::kFolder) subfolders.emplace_back(name);
     if (kind != EntryKind::kFile) return;
-    path.append(name);
-    const Variant full(FromUtf8(path));
+    text += FromUtf8(name);
+    const Variant full(text);
     into.Add(full, full);
-    path.resize(length);
+    text.resize(text_length);
   });
   for (const std::string& name : subfolders) {
     path.append(name).push_back('/');
-    CollectFiles(OpenFolder(AT_FDCWD, path, path, false), path, into);
+    (text += FromUtf8(name)) += kSeparator;
+    CollectFiles(OpenFolder(AT_FDCWD, path, path, false), path, text, into);
     path.resize(length);
+    text.resize(text_length);
   }
 }
 
@@ -74,7 +76,8 @@ bool clsZKFileSystem::DirScanFiles(const String& RootFolder,
     const int fd = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0) return false;
     if (path != "/") path.push_back('/');
-    CollectFiles(fd, path, *ResultCollection);
+    String text = FromUtf8(path);
+    CollectFiles(fd, path, text, *ResultCollection);
     return true;
   } catch (const Error&) {
     return false;  // a folder that could not be read

@@ -1,5 +1,6 @@
 #include "tsruntime/PlainWindow.h"
 
+#include <QApplication>
 #include <QPointer>
 #include <QVariant>
 #include <QWidget>
@@ -15,7 +16,9 @@ struct PlainWindow::Widget {
 };
 
 PlainWindow::PlainWindow() : widget_(std::make_unique<Widget>()) {
-  if (!ui_detail::EnsureApplication() || !ui_detail::OnApplicationThread()) {
+  // Widgets need a QApplication (a host's QCoreApplication will not do) and its thread.
+  if (!ui_detail::EnsureApplication() || !ui_detail::OnApplicationThread() ||
+      !qobject_cast<QApplication*>(QCoreApplication::instance())) {
     RaiseRuntime(RuntimeError::kCannotCreateObject);
   }
   widget_->widget = new QWidget();

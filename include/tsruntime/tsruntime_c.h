@@ -246,6 +246,11 @@ tsrt_status tsrt_connect(tsrt_object* object, tsrt_event_callback callback, void
 /* Ends a connection; an unknown cookie is ignored. */
 void tsrt_disconnect(tsrt_object* object, int32_t cookie);
 
+/* Runs the events waiting on the calling thread's event loop: timer ticks (CTimer's
+ * ThatTime) and window messages wait for it once a user-interface class is in use. A host
+ * without an event loop of its own calls it while it waits; before that it does nothing. */
+void tsrt_pump_waiting_messages(void);
+
 /* --- Type information --------------------------------------------------------------- */
 
 typedef struct tsrt_class tsrt_class; /* opaque; lives as long as the library */

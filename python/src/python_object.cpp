@@ -1,5 +1,6 @@
 #include "python_object.h"
 
+#include <deque>
 #include <unordered_map>
 
 #include "tsruntime/automation/dispatch.h"
@@ -23,18 +24,7 @@ class PythonObject final : public Object {
  public:
   explicit PythonObject(py::handle target)
       : target_(py::reinterpret_borrow<py::object>(target)) {
-    info_.name = py::str(py::type::handle_of(target).attr("__name__")).cast<std::u16string>();
-    info_.creatable = false;
-    for (py::handle entry : py::list(py::module_::import("builtins").attr("dir")(target))) {
-      const std::string name = py::str(entry);
-      if (name.empty() || name[0] == '_') continue;
-      py::object attribute = py::getattr(target, name.c_str(), py::none());
-      if (PyCallable_Check(attribute.ptr())) {
-        AddMethod(name, attribute);
-      } else {
-        AddProperty(name);
-      }
-    }
+    Describe();
     Wrappers()[target.ptr()] = this;
   }
 
@@ -48,7 +38,13 @@ class PythonObject final : public Object {
     target_ = py::object();
   }
 
-  const ClassInfo& classInfo() const override { return info_; }
+  // Attributes an instance gains after it was first passed are members too: the
+  // description is made again when the instance's attribute count changes.
+  const ClassInfo& classInfo() const override {
+    py::gil_scoped_acquire gil;
+    if (InstanceAttributes() != described_for_) const_cast<PythonObject*>(this)->Describe();
+    return versions_.back();
+  }
   PyObject* target() const { return target_.ptr(); }
 
  private:
@@ -69,7 +65,30 @@ class PythonObject final : public Object {
     return Variant();
   }
 
-  void AddMethod(const std::string& name, const py::object& method) {
+  Py_ssize_t InstanceAttributes() const {
+    PyObject** dict = _PyObject_GetDictPtr(target_.ptr());
+    return dict && *dict ? PyDict_Size(*dict) : 0;
+  }
+
+  // A new description; earlier ones stay, since a call in progress may be running one.
+  void Describe() {
+    ClassInfo& info = versions_.emplace_back();
+    info.name = py::str(py::type::handle_of(target_).attr("__name__")).cast<std::u16string>();
+    info.creatable = false;
+    for (py::handle entry : py::list(py::module_::import("builtins").attr("dir")(target_))) {
+      const std::string name = py::str(entry);
+      if (name.empty() || name[0] == '_') continue;
+      py::object attribute = py::getattr(target_, name.c_str(), py::none());
+      if (PyCallable_Check(attribute.ptr())) {
+        AddMethod(info, name, attribute);
+      } else {
+        AddProperty(info, name);
+      }
+    }
+    described_for_ = InstanceAttributes();
+  }
+
+  static void AddMethod(ClassInfo& info, const std::string& name, const py::object& method) {
     MemberInfo m;
     m.name = FromUtf8(name);
     m.kind = MemberKind::kMethod;
@@ -108,10 +127,10 @@ class PythonObject final : public Object {
         return ToVariant(result);
       });
     };
-    info_.members.push_back(std::move(m));
+    info.members.push_back(std::move(m));
   }
 
-  void AddProperty(const std::string& name) {
+  static void AddProperty(ClassInfo& info, const std::string& name) {
     MemberInfo get;
     get.name = FromUtf8(name);
     get.kind = MemberKind::kPropertyGet;
@@ -129,12 +148,13 @@ class PythonObject final : public Object {
         return Variant();
       });
     };
-    info_.members.push_back(std::move(get));
-    info_.members.push_back(std::move(let));
+    info.members.push_back(std::move(get));
+    info.members.push_back(std::move(let));
   }
 
   py::object target_;
-  ClassInfo info_;
+  std::deque<ClassInfo> versions_;  // a deque: descriptions never move
+  Py_ssize_t described_for_ = 0;
 };
 
 }  // namespace

@@ -67,7 +67,7 @@ def test_text_goes_through_code_page_1251_and_the_write_modes(fs, tmp_path):
     assert not (tmp_path / "none.ini").exists()
 
 
-def test_dir_scan_fills_column_row_tables(fs, tmp_path):
+def test_listings_fill_column_row_tables_and_a_dictionary(fs, tmp_path):
     (tmp_path / "sub").mkdir()
     (tmp_path / "a.txt").write_bytes(b"")
     ok, dirs, files = fs.DirScan(str(tmp_path), None, None)
@@ -76,6 +76,11 @@ def test_dir_scan_fills_column_row_tables(fs, tmp_path):
     assert (files.get(0, 0), files.typename) == ("a.txt", "String()")
     ok, dirs, files = fs.DirScan(str(tmp_path / "none"), dirs, files)
     assert ok is False and dirs.bounds == [(0, 1), (-1, -1)]
+    paths = Dispatch("TSRuntimeLib.clsZKDictionary")
+    (tmp_path / "sub" / "b.txt").write_bytes(b"")
+    assert fs.DirScanFiles(str(tmp_path), paths) is True
+    assert [paths.Key(i) for i in range(paths.Count)] == [f"{tmp_path}/a.txt", f"{tmp_path}/sub/b.txt"]
+    assert fs.DirScanFiles(str(tmp_path), None) is False
 
 
 def test_raising_operations_wrap_the_failure_and_name_their_arguments(fs, tmp_path, russian):

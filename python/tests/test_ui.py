@@ -138,6 +138,17 @@ def test_destroy_notice_and_failures_in_python_handlers():
         def WindowProc(self, *args):
             raise ValueError(f"from the handler {args}")
 
+    class Late:
+        def WindowProc(self, hwnd, iMsg, wParam, lParam):
+            return 5
+
+    late = Late()
+    sub.AttachMessage(late, h, 0x404)
+    window.Show()
+    late.MsgResponse = constants.emrPostProcess  # gained after it was attached
+    assert window.SendMessage(0x404, 0, 0) == 0, "the previous procedure's result"
+    sub.DetachMessage(late, h, 0x404)
+
     failing, watcher = Failing(), Client("w", journal)
     sub.AttachMessage(failing, h, 0x403)
     with pytest.raises(ValueError, match=rf"from the handler \({h}, 1027, 0, 0\)"):

@@ -290,6 +290,34 @@ static void written_back_arguments_change_in_place(void) {
   tsrt_object_release(a);
 }
 
+/* --- Timer ticks through the pump --------------------------------------------------- */
+
+static void on_tick(void* user, const uint16_t* event, size_t event_length, tsrt_variant* args,
+                    size_t count) {
+  (void)args;
+  if (text_is(event, event_length, u"ThatTime") && count == 0) ++*(int*)user;
+}
+
+static void timer_ticks_while_the_host_pumps(void) {
+  tsrt_object* t = create(u"TSRuntimeLib.CTimer");
+  int ticks = 0;
+  int32_t cookie = 0;
+  tsrt_connect(t, on_tick, &ticks, &cookie, NULL);
+  tsrt_argument interval;
+  memset(&interval, 0, sizeof interval);
+  tsrt_variant_set_long(&interval.value, 2);
+  tsrt_variant result;
+  memset(&result, 0, sizeof result);
+  check(call(t, u"Interval", TSRT_INVOKE_LET, &interval, 1, &result, NULL) == TSRT_OK,
+        "a timer starts");
+  for (long spins = 0; ticks < 2 && spins < 50000000; ++spins) tsrt_pump_waiting_messages();
+  check(ticks >= 2, "its ThatTime reaches the callback while the host pumps");
+  tsrt_variant_set_long(&interval.value, 0);
+  call(t, u"Interval", TSRT_INVOKE_LET, &interval, 1, &result, NULL);
+  clear_args(&interval, 1);
+  check(tsrt_object_release(t) == 0, "a stopped timer goes with its last count");
+}
+
 /* --- Dictionary and events ---------------------------------------------------------- */
 
 typedef struct {
@@ -636,6 +664,7 @@ int main(void) {
   errors_carry_five_fields();
   written_back_arguments_change_in_place();
   dictionary_and_its_events();
+  timer_ticks_while_the_host_pumps();
   objects_returned_are_counted();
   storage_takes_objects_from_c();
   values_convert_as_the_host_runtime_does();

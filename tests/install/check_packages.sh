@@ -23,7 +23,9 @@ done
 
 check "the runtime holds the library" holds libtsruntime1 '/usr/lib/.*/libtsruntime\.so\.1$'
 check "the runtime holds no link-time name" bash -c "! dpkg-deb -c $(deb libtsruntime1) | grep -q 'libtsruntime\.so$'"
+check "the runtime holds the compression module" holds libtsruntime1 '/usr/lib/.*/libtszlib\.so$'
 check "the runtime depends on ICU" depends libtsruntime1 'libicu[0-9]+'
+check "the runtime depends on zlib, for its compression module" depends libtsruntime1 'zlib1g'
 check "the runtime carries the ldconfig trigger" bash -c \
   "dpkg-deb --ctrl-tarfile $(deb libtsruntime1) | tar x -O ./triggers | grep -qx 'activate-noawait ldconfig'"
 check "the runtime has a shlibs file" bash -c \

@@ -196,17 +196,5 @@ TEST(CompressedBlock, AHugeClaimedSizeReservesAddressSpaceWithoutUsingMemory) {
   EXPECT_LT(PeakResidentKiB() - before, 64 * 1024) << "KiB of peak memory added";
 }
 
-TEST(CompressedBlock, LateBoundCallsWriteTheBlockBack) {
-  Ref<Object> mem = CreateObject(u"TSRuntimeLib.clsZKMem");
-  const std::vector<uint8_t> data = MixedBytes(500);
-  std::vector<Argument> args{{u"DataArray", Variant(Bytes(data))}};
-  EXPECT_TRUE(Invoke(*mem, u"CompressData", InvokeKind::kCall, args).asBoolean());
-  std::vector<Argument> none;
-  EXPECT_EQ(Invoke(*mem, u"CompressedSize", InvokeKind::kCall, none).asLong(),
-            args[0].value.asArray().ubound() + 1);
-  EXPECT_TRUE(Invoke(*mem, u"DecompressData", InvokeKind::kCall, args).asBoolean());
-  EXPECT_TRUE(args[0].value.asArray().bytes() == data);
-}
-
 }  // namespace
 }  // namespace tsruntime

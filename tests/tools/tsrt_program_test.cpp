@@ -166,8 +166,6 @@ TEST(Tsrt, OnErrorResumeNextKeepsEachFailureInErrForTheStatementsAfterIt) {
       {"call clsTSErrors AddAsError Err : GetAsText", 0, "vbCrLf\n", ""},
       {"call clsTSErrors Nope : AddAsError Err", 1, "",
        "Error 438 (ZKRuntimeLib): Object doesn't support this property or method\n"},
-      {R"(call clsTSErrors ProgramName = '"P"' : Add '"D"' 5 : ShowErrorMessage '"m"' 7)", 0, "",
-       "Программа:\tP\r\n\r\nКод ошибки: 7\r\nm\r\n  --> [5] D\r\n"},
   };
   for (const auto& c : cases) {
     const Outcome r = RunTsrt(c.args);

@@ -173,21 +173,5 @@ TEST(Timer, AThreadWithoutAnEventLoopCannotStartOne) {
   EXPECT_EQ(interval, 0) << "the failed timer is stopped";
 }
 
-TEST(Timer, LateBoundMembersAndThatTimeEvent) {
-  Ref<Object> t = CreateObject(u"TSRuntimeLib.CTimer");
-  int events = 0;
-  t->Connect([&](StringView event, std::vector<Variant>& args) {
-    events += event == u"ThatTime" && args.empty();
-  });
-  std::vector<Argument> none;
-  std::vector<Argument> value{{{}, Variant(u"data")}};
-  Invoke(*t, u"Item", InvokeKind::kLet, value);
-  EXPECT_EQ(testing::U8(ToString(Invoke(*t, u"item", InvokeKind::kCall, none))), "data");
-  Invoke(*t, u"PulseTimer", InvokeKind::kCall, none);
-  EXPECT_EQ(events, 1);
-  std::vector<Argument> bad{{{}, Variant(u"x")}};
-  EXPECT_EQ(testing::Outcome([&] { Invoke(*t, u"Interval", InvokeKind::kLet, bad); }), "error 13");
-}
-
 }  // namespace
 }  // namespace tsruntime

@@ -37,8 +37,13 @@ bool RegisterModuleClasses(std::string_view module_file,
 // is loaded; otherwise `error` (when given) receives the loader's message.
 bool LoadModule(std::string_view module_file, std::string* error = nullptr);
 
-// The directory holding libtsruntime.so, without a trailing "/".
+// The directory holding libtsruntime.so, without a trailing "/"; empty when unknown.
 std::string LibraryDirectory();
+
+// dlopens a module file of this library: beside libtsruntime.so first (so that a build
+// tree or an install prefix uses its own), then wherever the loader looks. The handle, or
+// null with the loader's messages in `error` (when given). Modules stay loaded.
+void* OpenModuleBeside(std::string_view module_file, std::string* error = nullptr);
 
 // --- The message pump ---------------------------------------------------------------
 
