@@ -8,7 +8,9 @@ int32_t clsZKRunTimeLib::Language() const { return InterfaceLanguage(); }
 void clsZKRunTimeLib::LetLanguage(int32_t value) { SetInterfaceLanguage(value); }
 
 Ref<clsZKString> clsZKRunTimeLib::GetObjString() const { return New<clsZKString>(); }
+Ref<clsZKSystem> clsZKRunTimeLib::GetObjSystem() const { return New<clsZKSystem>(); }
 Ref<clsZKArray> clsZKRunTimeLib::GetObjArray() const { return New<clsZKArray>(); }
+Ref<clsZKRegistry> clsZKRunTimeLib::GetObjRegistry() const { return New<clsZKRegistry>(); }
 
 TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
   static const ClassInfo info =
@@ -18,7 +20,9 @@ TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
                {Typed("RHS", VarType::kLong)})
           .Get("Language", &clsZKRunTimeLib::Language)
           .Get("GetObjString", &clsZKRunTimeLib::GetObjString)
+          .Get("GetObjSystem", &clsZKRunTimeLib::GetObjSystem)
           .Get("GetObjArray", &clsZKRunTimeLib::GetObjArray)
+          .Get("GetObjRegistry", &clsZKRunTimeLib::GetObjRegistry)
           .Build();
   return info;
 }

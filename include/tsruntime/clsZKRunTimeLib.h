@@ -15,6 +15,8 @@
 #include "tsruntime/automation/dispatch.h"
 #include "tsruntime/clsZKString.h"
 #include "tsruntime/clsZKArray.h"
+#include "tsruntime/clsZKRegistry.h"
+#include "tsruntime/clsZKSystem.h"
 #include "tsruntime/errors.h"
 
 namespace tsruntime {
@@ -33,7 +35,9 @@ class clsZKRunTimeLib : public Object {
 
   // Service objects: a new one on every read; the caller owns it.
   Ref<clsZKString> GetObjString() const;
+  Ref<clsZKSystem> GetObjSystem() const;
   Ref<clsZKArray> GetObjArray() const;
+  Ref<clsZKRegistry> GetObjRegistry() const;
 };
 
 }  // namespace tsruntime
