@@ -105,9 +105,9 @@ String clsZKRegistry::GetString(int32_t hKey, const String& strSubKey,
       status = kSuccess;
       stored = {0, 0};
     }
-    type = kRegSz;
   }
   const std::vector<uint8_t> ansi = AnsiData(type, stored);
+  if (strValueName.empty()) type = kRegSz;
   if (status != kSuccess || ansi.size() > kStringBufferBytes) return strDefault;
   if (ansi.empty() || type != kRegSz) return strDefault;
   SetFlag(blnError, false);
