@@ -113,6 +113,8 @@ TSRUNTIME_DEFINE_CLASS(clsZKStorageItems) {
           .Get("Item", &clsZKStorageItems::Item, {"index"})
           .Method("Clear", &clsZKStorageItems::Clear)
           .Get("Count", &clsZKStorageItems::Count)
+          .Method("ToString", &clsZKStorageItems::ToString, {"ErrFlag"})
+          .Method("ToObject", &clsZKStorageItems::ToObject, {"strData"})
           .Default("Item")
           .Build();
   return info;

@@ -23,6 +23,10 @@ TSRUNTIME_DEFINE_CLASS(clsZKStorage) {
           .Let("Name", &clsZKStorage::LetName, {"RHS"})
           .Get("Name", &clsZKStorage::Name)
           .Method("Clear", &clsZKStorage::Clear)
+          .Method("ToString", &clsZKStorage::ToString, {"ErrFlag"})
+          .Method("ToObject", &clsZKStorage::ToObject, {"strData"})
+          .Method("Save", &clsZKStorage::Save, {"FileFullName"})
+          .Method("Load", &clsZKStorage::Load, {"FileFullName"})
           .Build();
   return info;
 }

@@ -74,6 +74,8 @@ TSRUNTIME_DEFINE_CLASS(clsZKStorageNodes) {
           .Get("Item", &clsZKStorageNodes::Item, {"index"})
           .Set("Item", &clsZKStorageNodes::SetItem, {"index", "objStorage"})
           .Method("NewEnum", &clsZKStorageNodes::NewEnum)
+          .Method("ToString", &clsZKStorageNodes::ToString, {"ErrFlag"})
+          .Method("ToObject", &clsZKStorageNodes::ToObject, {"strData"})
           .Default("Item")
           .Build();
   return info;

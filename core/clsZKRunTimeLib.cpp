@@ -7,6 +7,9 @@ clsZKRunTimeLib::clsZKRunTimeLib() { SetInterfaceLanguage(xcZKLANG_RUS); }
 int32_t clsZKRunTimeLib::Language() const { return InterfaceLanguage(); }
 void clsZKRunTimeLib::LetLanguage(int32_t value) { SetInterfaceLanguage(value); }
 
+Ref<clsZKFileSystem> clsZKRunTimeLib::GetObjFileSystem() const {
+  return New<clsZKFileSystem>();
+}
 Ref<clsZKString> clsZKRunTimeLib::GetObjString() const { return New<clsZKString>(); }
 Ref<clsZKSystem> clsZKRunTimeLib::GetObjSystem() const { return New<clsZKSystem>(); }
 Ref<clsZKArray> clsZKRunTimeLib::GetObjArray() const { return New<clsZKArray>(); }
@@ -19,6 +22,7 @@ TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
           .Let("Language", &clsZKRunTimeLib::LetLanguage,
                {Typed("RHS", VarType::kLong)})
           .Get("Language", &clsZKRunTimeLib::Language)
+          .Get("GetObjFileSystem", &clsZKRunTimeLib::GetObjFileSystem)
           .Get("GetObjString", &clsZKRunTimeLib::GetObjString)
           .Get("GetObjSystem", &clsZKRunTimeLib::GetObjSystem)
           .Get("GetObjArray", &clsZKRunTimeLib::GetObjArray)

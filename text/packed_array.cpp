@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "string_matcher.h"
+#include "packed_fields.h"
 #include "tsruntime/automation/checked.h"
 #include "tsruntime/clsZKString.h"
 
@@ -16,7 +16,7 @@ namespace tsruntime {
 
 namespace {
 
-constexpr size_t kHeader = 9;
+using packed::kChunkHeader;
 
 // The element at host index `i` as text; a string array's element is not copied.
 const String& ElementText(const SafeArray& array, int32_t i, String& scratch) {
@@ -24,32 +24,6 @@ const String& ElementText(const SafeArray& array, int32_t i, String& scratch) {
   if (v.isString()) return v.asString();
   scratch = ToString(v);
   return scratch;
-}
-
-// `length` with at least nine digits, zero-padded; only its first nine are written, so a
-// length beyond nine digits loses its last ones, as a fixed-width field does.
-void AppendHeader(String& out, int64_t length) {
-  const std::string digits = std::to_string(length);
-  String header(digits.size() < kHeader ? kHeader - digits.size() : 0, u'0');
-  header += FromAscii(digits);
-  out.append(header, 0, kHeader);
-}
-
-// The header at `p` as the host runtime converts text to a Long: nine plain digits are
-// the common case; anything else goes through the full conversion, which raises type
-// mismatch (13) for text that is not a number.
-int64_t ReadHeader(StringView data, size_t p) {
-  const StringView header = data.substr(p, kHeader);
-  int64_t value = 0;
-  bool plain = header.size() == kHeader;
-  for (char16_t c : header) {
-    if (c < u'0' || c > u'9') {
-      plain = false;
-      break;
-    }
-    value = value * 10 + (c - u'0');
-  }
-  return plain ? value : ToLong(Variant(String(header)));
 }
 
 }  // namespace
@@ -61,36 +35,25 @@ String clsZKString::ArrayJoin(const SafeArray& DataArray) const {
   String scratch;
   int64_t total = 0;
   for (int32_t i = 0; i <= upper; ++i) {
-    total += static_cast<int64_t>(ElementText(DataArray, i, scratch).size()) + kHeader;
+    total += static_cast<int64_t>(ElementText(DataArray, i, scratch).size()) + kChunkHeader;
     CheckedLong(total);
   }
-  String result;
-  result.reserve(static_cast<size_t>(total));
+  String result(static_cast<size_t>(total), u' ');
+  size_t p = 0;
   for (int32_t i = 0; i <= upper; ++i) {
     const String& element = ElementText(DataArray, i, scratch);
-    AppendHeader(result, static_cast<int64_t>(element.size()) + kHeader);
-    result += element;
+    packed::WriteField(&result[p], static_cast<int64_t>(element.size() + kChunkHeader),
+                       kChunkHeader);
+    element.copy(&result[p + kChunkHeader], element.size());
+    p += element.size() + kChunkHeader;
   }
   return result;
 }
 
 SafeArray clsZKString::ArraySplit(const String& DataString) const {
   if (DataString.empty()) return SafeArray(VarType::kString, {Bounds{-1, -1}});
-  // The loop runs while p < length (1-based), so a one-character text yields the single
-  // empty element the result starts with.
   std::vector<String> elements;
-  int64_t p = 1;
-  const int64_t length = static_cast<int64_t>(DataString.size());
-  while (p < length) {
-    const int64_t record = ReadHeader(DataString, static_cast<size_t>(p - 1));
-    if (record < static_cast<int64_t>(kHeader)) RaiseRuntime(RuntimeError::kInvalidCall);
-    const int64_t from = p - 1 + kHeader;
-    elements.push_back(from < length ? DataString.substr(static_cast<size_t>(from),
-                                                         static_cast<size_t>(record - kHeader))
-                                     : String());
-    p = CheckedLong(p + record);
-  }
-  if (elements.empty()) elements.emplace_back();
+  for (StringView chunk : packed::SplitChunks(DataString)) elements.emplace_back(chunk);
   return SafeArray::FromStrings(elements);
 }
 

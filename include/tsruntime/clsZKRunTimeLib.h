@@ -13,9 +13,10 @@
 #pragma once
 
 #include "tsruntime/automation/dispatch.h"
-#include "tsruntime/clsZKString.h"
 #include "tsruntime/clsZKArray.h"
+#include "tsruntime/clsZKFileSystem.h"
 #include "tsruntime/clsZKRegistry.h"
+#include "tsruntime/clsZKString.h"
 #include "tsruntime/clsZKSystem.h"
 #include "tsruntime/errors.h"
 
@@ -34,6 +35,7 @@ class clsZKRunTimeLib : public Object {
   void LetLanguage(int32_t value);
 
   // Service objects: a new one on every read; the caller owns it.
+  Ref<clsZKFileSystem> GetObjFileSystem() const;
   Ref<clsZKString> GetObjString() const;
   Ref<clsZKSystem> GetObjSystem() const;
   Ref<clsZKArray> GetObjArray() const;

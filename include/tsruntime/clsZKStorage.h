@@ -29,6 +29,7 @@ namespace tsruntime {
 
 class clsZKStorageNodes;
 class clsZKStorageItems;
+struct StorageText;
 
 // A node of the tree. Creating one creates its own empty `Nodes` and `Items`.
 class clsZKStorage : public Object {
@@ -54,8 +55,41 @@ class clsZKStorage : public Object {
   // below is emptied too) and `Items`. The lists themselves are kept.
   void Clear();
 
+  // The node as storage text: chunk(Name), chunk(Nodes.ToString), chunk(Items.ToString),
+  // where chunk(X) is X's length + 9 in nine digits, then X. A new node gives
+  // "000000009" three times:
+  //   node "A" holding the string "B":  "000000010A" "000000009" "0000000230000000140008B"
+  // Lengths count UTF-16 code units, so names and values may hold any character.
+  // `ErrFlag` is set to False, and to True only when this node's own step fails (its
+  // `Nodes` or `Items` is Nothing); the text is then empty. The flags of the levels
+  // below are combined into it with And, so a failure below never shows here. A node
+  // met again below itself (a cycle) fails its own step at that place, and its chunk
+  // there is empty. Deep and wide trees cost time linear in the length of the text.
+  String ToString(bool& ErrFlag) const;
+
+  // Empties `Name`, `Nodes` and `Items` (`Clear`), then reads the three chunks of
+  // `strData`: the name, the children (`clsZKStorageNodes::ToObject`) and the values
+  // (`clsZKStorageItems::ToObject`). True when both lower levels returned True. False
+  // for fewer than three chunks (the empty text included) or a length field that is not
+  // a number; what was read up to the failure stays, and the tree is then undefined.
+  // Chunks are read by trusting their lengths; one that runs past the end is taken
+  // short. Never raises.
+  bool ToObject(const String& strData);
+
+  // Writes `ToString` to the file as UTF-16 little-endian with no byte-order mark, two
+  // bytes per character, through clsZKFileSystem.BinaryWrite (which replaces a file
+  // whole or not at all). True when the write succeeded and `ErrFlag` came back False;
+  // when it came back True nothing is written and the old file stays. Never raises.
+  bool Save(const String& FileFullName) const;
+
+  // Reads the whole file with clsZKFileSystem.BinaryRead and returns `ToObject` of its
+  // UTF-16 little-endian text (an odd last byte is ignored). A file that cannot be read
+  // (missing, empty) gives False and leaves the node as it was. Never raises.
+  bool Load(const String& FileFullName);
+
  private:
   friend class clsZKStorageNodes;
+  friend struct StorageText;
 
   Ref<clsZKStorageNodes> nodes_;
   Ref<clsZKStorageItems> items_;
@@ -91,8 +125,22 @@ class clsZKStorageNodes : public Object {
   // Enumerates the children in order, as they are now.
   Ref<Enumerator> NewEnum() const;
 
+  // The children's node texts, each as a chunk, one after the other; the empty string
+  // when there are none. `ErrFlag` is set to False, and to True (with an empty text)
+  // only when the list's own step fails: a child that is Nothing. Failures inside a
+  // child do not show here.
+  String ToString(bool& ErrFlag) const;
+
+  // Clears the list (as `Clear`, emptying the old children), then makes one new node
+  // per chunk of `strData` with `clsZKStorage::ToObject` and appends those that read
+  // True, in order. A chunk that reads False is dropped, its siblings are kept, and the
+  // result is False. The empty text gives True and no children. A length field that is
+  // not a number, or below 9, fails before any child is made: False. Never raises.
+  bool ToObject(const String& strData);
+
  private:
   friend class clsZKStorage;
+  friend struct StorageText;
 
   std::vector<Ref<clsZKStorage>> children_;
 };
@@ -142,7 +190,25 @@ class clsZKStorageItems : public Object {
 
   int32_t Count() const { return static_cast<int32_t>(texts_.size()); }
 
+  // One record per value, in order, with nothing between them: the record's length
+  // (text length + 13) in nine digits, the type code in four, then the text:
+  //   the string "B"  ->  "0000000140008B"
+  // The empty string when the list is empty. `ErrFlag` is set to True at the start and
+  // to False when the text is complete; the text is built in one buffer of its exact
+  // length.
+  String ToString(bool& ErrFlag) const;
+
+  // Clears the list, then reads records while the 1-based position is below the length
+  // of `strData`: a slot per record holding its type code and text as they stand. A
+  // text is only turned into a value when `Item` reads it, so a bad value is not
+  // noticed here. True at the end, and for the empty text; False, ending the reading,
+  // for a length or type field that does not read as a number or a length below 13. A
+  // record that runs past the end is taken short. Never raises.
+  bool ToObject(const String& strData);
+
  private:
+  friend struct StorageText;
+
   std::vector<int32_t> types_;
   std::vector<String> texts_;
 };

@@ -86,20 +86,29 @@ struct ArgumentText {
                                std::string_view operation, const Error& caught,
                                std::initializer_list<ArgumentText> arguments = {});
 
-// Runs `body`; any failure in it leaves as the wrapping form with no argument lines
-// (the error trap that covers a whole operation).
+// Runs `body`; any failure in it leaves as the wrapping form with the argument lines
+// given (the error trap that covers a whole operation).
 template <class F>
 auto WithErrorTrap(int32_t code, std::string_view class_name, std::string_view operation,
-                   F&& body) -> decltype(body()) {
+                   std::initializer_list<ArgumentText> arguments, F&& body)
+    -> decltype(body()) {
   try {
     return body();
   } catch (const Error& e) {
-    RaiseWrapped(code, class_name, operation, e);
+    RaiseWrapped(code, class_name, operation, e, arguments);
   } catch (const std::bad_alloc&) {
     RaiseWrapped(code, class_name, operation,
                  Error(static_cast<int32_t>(RuntimeError::kOutOfMemory), {},
-                       RuntimeErrorText(static_cast<int32_t>(RuntimeError::kOutOfMemory))));
+                       RuntimeErrorText(static_cast<int32_t>(RuntimeError::kOutOfMemory))),
+                 arguments);
   }
+}
+
+// The same with no argument lines.
+template <class F>
+auto WithErrorTrap(int32_t code, std::string_view class_name, std::string_view operation,
+                   F&& body) -> decltype(body()) {
+  return WithErrorTrap(code, class_name, operation, {}, std::forward<F>(body));
 }
 
 }  // namespace tsruntime

@@ -1,0 +1,104 @@
+// Reading the node and child-list levels of the storage text.
+#include <vector>
+
+#include "../text/packed_fields.h"
+#include "storage_text.h"
+
+namespace tsruntime {
+
+struct StorageText::Reader {
+  // A list being filled: the chunks of its children and how far they have been read.
+  // `node` is the node the list belongs to (owned while it is a new child), null for a
+  // list read on its own; `ok` starts as that node's own result and turns False when a
+  // child fails.
+  struct ListFrame {
+    clsZKStorage* node;
+    Ref<clsZKStorage> owned;
+    clsZKStorageNodes* list;
+    std::vector<StringView> chunks;
+    size_t next = 0;
+    bool ok = true;
+  };
+
+  // Reads a node's name and items and splits its child list into chunks, leaving the
+  // children to the caller.
+  static ListFrame BeginNode(clsZKStorage* node, Ref<clsZKStorage> owned, StringView text) {
+    ListFrame frame{node, std::move(owned), node->nodes_.get(), {}, 0, false};
+    std::vector<StringView> parts;
+    if (text.empty() || !Quietly([&] {
+          parts = packed::SplitChunks(text);
+          return true;
+        })) {
+      return frame;
+    }
+    node->name_ = String(parts[0]);
+    bool list_ok = true;
+    if (parts.size() > 1 && !parts[1].empty()) {
+      list_ok = Quietly([&] {
+        frame.chunks = packed::SplitChunks(parts[1]);
+        return true;
+      });
+    }
+    const bool items_ok = parts.size() > 2 && StorageText::ReadItems(*node->items_, parts[2]);
+    frame.ok = parts.size() > 2 && list_ok && items_ok;
+    return frame;
+  }
+
+  // Reads the children of the frames on the stack, depth first; a child is appended to
+  // its list once all below it has been read and has read True.
+  static bool ReadChildren(std::vector<ListFrame>& frames) {
+    for (;;) {
+      ListFrame& top = frames.back();
+      if (top.next < top.chunks.size()) {
+        const StringView chunk = top.chunks[top.next++];
+        Ref<clsZKStorage> child = New<clsZKStorage>();
+        clsZKStorage* raw = child.get();
+        frames.push_back(BeginNode(raw, std::move(child), chunk));
+        continue;
+      }
+      ListFrame done = std::move(top);
+      frames.pop_back();
+      if (frames.empty()) return done.ok;
+      if (done.ok) {
+        frames.back().list->children_.push_back(std::move(done.owned));
+      } else {
+        frames.back().ok = false;
+      }
+    }
+  }
+};
+
+bool StorageText::ReadNode(clsZKStorage& node, StringView text) {
+  std::vector<Reader::ListFrame> frames;
+  frames.push_back(Reader::BeginNode(&node, nullptr, text));
+  return Reader::ReadChildren(frames);
+}
+
+bool StorageText::ReadList(clsZKStorageNodes& list, StringView text) {
+  std::vector<Reader::ListFrame> frames;
+  frames.push_back(Reader::ListFrame{nullptr, nullptr, &list, {}, 0, true});
+  if (!Quietly([&] {
+        frames.back().chunks = packed::SplitChunks(text);
+        return true;
+      })) {
+    return false;
+  }
+  return Reader::ReadChildren(frames);
+}
+
+bool clsZKStorage::ToObject(const String& strData) {
+  return Quietly([&] {
+    Clear();
+    if (!nodes_ || !items_) return false;
+    return StorageText::ReadNode(*this, strData);
+  });
+}
+
+bool clsZKStorageNodes::ToObject(const String& strData) {
+  return Quietly([&] {
+    Clear();
+    return strData.empty() || StorageText::ReadList(*this, strData);
+  });
+}
+
+}  // namespace tsruntime

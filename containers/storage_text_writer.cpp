@@ -1,0 +1,132 @@
+// Writing the node and child-list levels of the storage text into one buffer.
+#include <unordered_set>
+#include <vector>
+
+#include "../text/packed_fields.h"
+#include "storage_text.h"
+#include "tsruntime/automation/checked.h"
+
+namespace tsruntime {
+
+using packed::kChunkHeader;
+
+class StorageText::Writer {
+ public:
+  explicit Writer(String& out) : out_(out) {}
+
+  bool Node(const clsZKStorage& node) {
+    if (!BeginNode(node)) return false;
+    Run();
+    return true;
+  }
+
+  // The child list on its own: its children's chunks, or nothing when a child is
+  // Nothing.
+  bool List(const clsZKStorageNodes& list) {
+    frames_.push_back({nullptr, &list, out_.size(), 0, 0});
+    Run();
+    return !list_failed_;
+  }
+
+ private:
+  // A node whose children are being written. `list_start` is where the list's text
+  // begins (after its length field, for a list inside a node).
+  struct Frame {
+    const clsZKStorage* node;  // null for a list written on its own
+    const clsZKStorageNodes* list;
+    size_t list_start;
+    size_t next_child;
+    size_t chunk_start;  // the node's own length field inside its parent's list
+  };
+
+  // Starts a node: writes its name chunk and opens its child list. False, writing
+  // nothing, when the node cannot be written: a list that is Nothing, or the node is
+  // already being written further up (a cycle).
+  bool BeginNode(const clsZKStorage& node, size_t chunk_start = 0) {
+    if (!node.nodes_ || !node.items_ || path_.count(&node) != 0) return false;
+    const size_t name = OpenChunk();
+    out_ += node.name_;
+    CloseChunk(name);
+    const size_t list = OpenChunk();
+    path_.insert(&node);
+    frames_.push_back({&node, node.nodes_.get(), list + kChunkHeader, 0, chunk_start});
+    return true;
+  }
+
+  void Run() {
+    while (!frames_.empty()) {
+      Frame& top = frames_.back();
+      const auto& children = top.list->children_;
+      if (top.next_child < children.size()) {
+        const clsZKStorage* child = children[top.next_child++].get();
+        if (!child) {
+          // The list's own step fails: its text is empty, the rest is not written.
+          out_.resize(top.list_start);
+          top.next_child = children.size();
+          if (!top.node) list_failed_ = true;
+          continue;
+        }
+        const size_t chunk = OpenChunk();
+        if (!BeginNode(*child, chunk)) CloseChunk(chunk);
+        continue;
+      }
+      const Frame done = top;
+      frames_.pop_back();
+      if (!done.node) continue;
+      CloseChunk(done.list_start - kChunkHeader);
+      const size_t items = OpenChunk();
+      StorageText::AppendItems(out_, *done.node->items_);
+      CloseChunk(items);
+      path_.erase(done.node);
+      if (!frames_.empty()) CloseChunk(done.chunk_start);  // the node is a child
+    }
+  }
+
+  size_t OpenChunk() {
+    const size_t at = out_.size();
+    out_.append(kChunkHeader, u'0');
+    return at;
+  }
+
+  // Fills in the length field at `at` with the length of everything written since.
+  void CloseChunk(size_t at) {
+    const int64_t length = CheckedLong(static_cast<int64_t>(out_.size() - at));
+    packed::WriteField(&out_[at], length, kChunkHeader);
+  }
+
+  String& out_;
+  std::vector<Frame> frames_;
+  std::unordered_set<const clsZKStorage*> path_;
+  bool list_failed_ = false;
+};
+
+bool StorageText::AppendNode(String& out, const clsZKStorage& node) {
+  return Writer(out).Node(node);
+}
+
+bool StorageText::AppendList(String& out, const clsZKStorageNodes& list) {
+  return Writer(out).List(list);
+}
+
+String clsZKStorage::ToString(bool& ErrFlag) const {
+  ErrFlag = false;
+  String out;
+  if (!Quietly([&] { return StorageText::AppendNode(out, *this); })) {
+    ErrFlag = true;
+    return String();
+  }
+  return out;
+}
+
+String clsZKStorageNodes::ToString(bool& ErrFlag) const {
+  ErrFlag = false;
+  String out;
+  if (children_.empty()) return out;
+  if (!Quietly([&] { return StorageText::AppendList(out, *this); })) {
+    ErrFlag = true;
+    return String();
+  }
+  return out;
+}
+
+}  // namespace tsruntime

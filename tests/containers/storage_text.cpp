@@ -1,0 +1,287 @@
+// The storage text: what each level writes, what it reads back, the ErrFlag rule, and
+// storage files.
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include "containers/support.h"
+#include "system/fs_fixture.h"
+#include "tsruntime/automation/locale.h"
+#include "tsruntime/clsZKStorage.h"
+
+namespace tsruntime {
+namespace {
+
+using namespace container_tests;
+
+// "D9(n)": n in nine digits.
+String D9(size_t n) {
+  std::string digits = std::to_string(n);
+  return FromAscii(std::string(9 - digits.size(), '0') + digits);
+}
+String Chunk(const String& x) { return D9(x.size() + 9) + x; }
+String NodeText(const String& name, const String& list, const String& items) {
+  return Chunk(name) + Chunk(list) + Chunk(items);
+}
+String Record(const char* type, const String& text) {
+  return D9(text.size() + 13) + FromAscii(type) + text;
+}
+
+Ref<clsZKStorage> Make(const char16_t* name, std::vector<Variant> values = {},
+                       std::vector<Ref<clsZKStorage>> children = {}) {
+  auto n = New<clsZKStorage>();
+  n->LetName(name);
+  for (const Variant& v : values) EXPECT_TRUE(n->Items()->Add(v));
+  for (const auto& c : children) n->Nodes()->Add(c);
+  return n;
+}
+
+String Text(const clsZKStorage& node, bool* flag = nullptr) {
+  bool f = true;
+  String s = node.ToString(f);
+  if (flag) *flag = f;
+  return s;
+}
+
+TEST(StorageText, EachLevelWritesTheGrammarExactly) {
+  ScopedLocale locale("ru_RU");
+  const String a = NodeText(u"A", u"", Record("0008", u"B"));
+  struct Case { const char* sentence; Ref<clsZKStorage> node; String node_text, list_text, items_text; };
+  const Case cases[] = {
+      {"a new node is three empty chunks", Make(u""), u"000000009000000009000000009", u"", u""},
+      {"node A holding the string B", Make(u"A", {Variant(String(u"B"))}),
+       u"000000010A000000009000000023" u"0000000140008B", u"", u"0000000140008B"},
+      {"Integer 5, an empty string and False", Make(u"", {Variant(int16_t{5}), Variant(String()), Variant(false)}),
+       NodeText(u"", u"", u"0000000140002" u"5" u"0000000130008" u"0000000130011"), u"",
+       u"00000001400025" u"0000000130008" u"0000000130011"},
+      {"a Double, a date, True, Null and bytes", Make(u"x", {Variant(1.5), Variant(Date::FromParts({2024, 3, 5, 14, 7, 9})), Variant(true), Variant::Null(), Variant(SafeArray::FromBytes(std::vector<uint8_t>{0x41, 0xC0}))}),
+       NodeText(u"x", u"", Record("0005", u"1,5") + Record("0007", u"2024-03-05 14:07:09") + Record("0011", u"1") + Record("0001", u"") + Record("8209", u"AА")),
+       u"", Record("0005", u"1,5") + Record("0007", u"2024-03-05 14:07:09") + Record("0011", u"1") + Record("0001", u"") + Record("8209", u"AА")},
+      {"a Long array kept as its type code alone", Make(u"", {Variant(SafeArray(VarType::kLong, {Bounds{0, 1}}))}),
+       NodeText(u"", u"", u"0000000138195"), u"", u"0000000138195"},
+      {"two children in order, the second with a grandchild",
+       Make(u"r", {}, {Make(u"A", {Variant(String(u"B"))}), Make(u"c", {}, {Make(u"")})}),
+       NodeText(u"r", Chunk(a) + Chunk(NodeText(u"c", Chunk(NodeText(u"", u"", u"")), u"")), u""),
+       Chunk(a) + Chunk(NodeText(u"c", Chunk(NodeText(u"", u"", u"")), u"")), u""},
+      {"a name of line breaks, BEL and digits", Make(u"1\r\n\a2"), NodeText(u"1\r\n\a2", u"", u""), u"", u""},
+  };
+  for (const Case& c : cases) {
+    bool node_flag = true, list_flag = true, items_flag = true;
+    EXPECT_EQ(c.node->ToString(node_flag), c.node_text) << c.sentence;
+    EXPECT_EQ(c.node->Nodes()->ToString(list_flag), c.list_text) << c.sentence;
+    EXPECT_EQ(c.node->Items()->ToString(items_flag), c.items_text) << c.sentence;
+    EXPECT_FALSE(node_flag || list_flag || items_flag) << c.sentence;
+  }
+}
+
+TEST(StorageText, OnlyAFailureInTheLevelsOwnStepRaisesItsErrFlag) {
+  auto no_items = Make(u"bad", {I(1)});
+  no_items->SetItems(nullptr);
+  auto holder = Make(u"holder", {}, {no_items, Make(u"ok")});
+  auto with_nothing = Make(u"w");
+  with_nothing->Nodes()->Add(Make(u"first")), with_nothing->Nodes()->Add(nullptr);
+  auto looped = Make(u"loop");
+  looped->Nodes()->Add(looped);
+  const String empty_node = NodeText(u"", u"", u"");
+  struct Case { const char* sentence; Ref<clsZKStorage> node; bool flag; String text; };
+  const Case cases[] = {
+      {"a node without items fails, with nothing written", no_items, true, u""},
+      {"its parent does not see it: the chunk is empty, the sibling follows", holder, false,
+       NodeText(u"holder", D9(9) + Chunk(NodeText(u"ok", u"", u"")), u"")},
+      {"a list holding Nothing fails, and its node does not see it", with_nothing, false,
+       NodeText(u"w", u"", u"")},
+      {"a node under itself is written once, its second visit empty", looped, false,
+       NodeText(u"loop", D9(9), u"")},
+  };
+  for (const Case& c : cases) {
+    bool flag = !c.flag;
+    EXPECT_EQ(c.node->ToString(flag), c.text) << c.sentence;
+    EXPECT_EQ(flag, c.flag) << c.sentence;
+  }
+  bool list_flag = false;
+  EXPECT_EQ(with_nothing->Nodes()->ToString(list_flag), u"");
+  EXPECT_TRUE(list_flag) << "the list's own failure shows on the list";
+  auto no_lists = Make(u"n");
+  no_lists->SetNodes(nullptr);
+  EXPECT_EQ(no_lists->ToObject(empty_node), false) << "a node without lists cannot be read into";
+}
+
+// What a node holds, as one text: name, then items as type:text, then children in
+// braces.
+std::string Shape(const Ref<clsZKStorage>& node) {
+  std::string s = ToUtf8(node->Name());
+  auto* items = node->Items().get();
+  bool ignored;
+  if (items->Count() > 0) s += "[" + ToUtf8(items->ToString(ignored)) + "]";
+  for (int32_t i = 0; i < node->Nodes()->Count(); ++i) s += "{" + Shape(node->Nodes()->Item(i)) + "}";
+  return s;
+}
+
+TEST(StorageText, NodeTextsReadBackByTrustingTheLengths) {
+  const String a = NodeText(u"A", u"", Record("0008", u"B"));
+  const String bad_child = Chunk(u"000000009x");
+  struct Case { const char* sentence; String text; bool result; std::string shape; };
+  const Case cases[] = {  // every node starts with a name, an item and a child
+      {"the empty text is no node", u"", false, ""},
+      {"three empty chunks are an empty node", u"000000009000000009000000009", true, ""},
+      {"node A holding B", a, true, "A[0000000140008B]"},
+      {"a fourth chunk is ignored", a + Chunk(u"zz"), true, "A[0000000140008B]"},
+      {"one stray character after the chunks is ignored", a + u"7", true, "A[0000000140008B]"},
+      {"two chunks are too few", Chunk(u"N") + Chunk(u""), false, "*"},
+      {"a length field that is not a number", u"00000001xA000000009000000009", false, ""},
+      {"a length below nine", u"000000008000000009000000009", false, ""},
+      {"a text of one character", u"0", false, ""},
+      {"a chunk running past the end is taken short", Chunk(u"N") + Chunk(u"") + u"000000030" + u"0000000140008B", true, "N[0000000140008B]"},
+      {"children in order, grandchild included",
+       NodeText(u"r", Chunk(a) + Chunk(NodeText(u"c", Chunk(NodeText(u"g", u"", u"")), u"")), u""),
+       true, "r{A[0000000140008B]}{c{g}}"},
+      {"a malformed child is dropped and its siblings kept",
+       NodeText(u"r", Chunk(a) + bad_child + Chunk(NodeText(u"z", u"", u"")), u""), false, "r{A[0000000140008B]}{z}"},
+      {"a malformed grandchild fails its parent, which is dropped",
+       NodeText(u"r", Chunk(NodeText(u"c", bad_child, u"")) + Chunk(a), u""), false, "r{A[0000000140008B]}"},
+      {"a child list with a bad length field makes no children",
+       NodeText(u"r", Chunk(a) + u"00000000x", u""), false, "r"},
+      {"a bad item type field fails the node",
+       NodeText(u"r", u"", Record("0008", u"B") + u"000000014000xB"), false, "*"},
+      {"an item record shorter than thirteen fails the node",
+       NodeText(u"r", u"", u"0000000120008"), false, "*"},
+  };
+  for (const Case& c : cases) {
+    auto node = Make(u"old", {I(1)}, {Make(u"old child")});
+    EXPECT_EQ(node->ToObject(c.text), c.result) << c.sentence;
+    // "*": what a failed read leaves beyond the clearing is not defined.
+    if (c.shape != "*") EXPECT_EQ(Shape(node), c.shape) << c.sentence;
+  }
+}
+
+TEST(StorageText, ListAndItemLevelsReadTheirOwnTexts) {
+  const String a = NodeText(u"A", u"", Record("0008", u"B"));
+  struct Case { const char* sentence; String text; bool list_result, items_result; int32_t children, items; };
+  const Case cases[] = {
+      {"the empty text is an empty list at both levels", u"", true, true, 0, 0},
+      {"two node chunks are two children, and two records", Chunk(a) + Chunk(a), true, true, 2, 2},
+      {"a record of a Long array type with its text", u"0000000158195xy", false, true, 0, 1},
+      {"records taken short at the end", Record("0003", u"12") + u"000000020000", false, true, 0, 2},
+      {"a type field that is not a number", u"000000014000xB", false, false, 0, -1},
+      {"a record length that is not a number", u"00000001x0008B", false, false, 0, -1},
+      {"a record length below thirteen", u"0000000120008", false, false, 0, -1},
+  };
+  for (const Case& c : cases) {
+    auto list = New<clsZKStorageNodes>();
+    auto kept = Make(u"old", {I(1)});
+    list->Add(kept);
+    EXPECT_EQ(list->ToObject(c.text), c.list_result) << c.sentence;
+    if (c.list_result) EXPECT_EQ(list->Count(), c.children) << c.sentence;
+    EXPECT_EQ(Shape(kept), "") << c.sentence << ": the old child is emptied where it is held";
+    auto items = New<clsZKStorageItems>();
+    items->Add(I(1));
+    EXPECT_EQ(items->ToObject(c.text), c.items_result) << c.sentence;
+    if (c.items >= 0) EXPECT_EQ(items->Count(), c.items) << c.sentence;
+  }
+}
+
+// Three levels holding every type an item keeps.
+Ref<clsZKStorage> EveryTypeTree() {
+  std::vector<Variant> all = {
+      Variant::Null(), Variant(int16_t{-7}), I(70000), Variant(0.25f), Variant(-1.5e300),
+      Variant(Currency{-15000}), Variant(Date::FromParts({2024, 3, 5, 14, 7, 9})),
+      Variant(String(u"line\r\nbreak\a000000009")), Variant(true), Variant(false),
+      Variant(*Decimal::ParsePlain("1.25")), Variant(uint8_t{200}),
+      Variant(SafeArray::FromBytes(std::vector<uint8_t>{0, 13, 10, 255})),
+      Variant(SafeArray(VarType::kString, {Bounds{0, 0}}))};
+  auto leaf = Make(u"leaf", all);
+  return Make(u"root", all, {Make(u"mid", all, {leaf, Make(u"")}), Make(u"second", {I(2)})});
+}
+
+class StorageFiles : public testing::FsTest {};
+
+TEST_F(StorageFiles, ATreeOfEveryTypeSurvivesSaveAndLoad) {
+  ScopedLocale locale("ru_RU");
+  auto tree = EveryTypeTree();
+  const String text = Text(*tree);
+  ASSERT_TRUE(tree->Save(Path("tree.dat")));
+  const std::string bytes = Get("tree.dat");
+  ASSERT_EQ(bytes.size(), text.size() * 2) << "two bytes a character, nothing else";
+  EXPECT_EQ(bytes.substr(0, 6), std::string("0\0" "0\0" "0\0", 6)) << "little-endian, no byte-order mark";
+  auto loaded = Make(u"stale", {I(1)}, {Make(u"stale child")});
+  ASSERT_TRUE(loaded->Load(Path("tree.dat")));
+  EXPECT_EQ(Text(*loaded), text);
+  EXPECT_EQ(loaded->Nodes()->Item(0)->Nodes()->Item(0)->Items()->Item(12),
+            tree->Items()->Item(12)) << "the byte array comes back";
+  EXPECT_EQ(loaded->Nodes()->Item(0)->Items()->Item(7), tree->Items()->Item(7));
+}
+
+TEST_F(StorageFiles, FilesWrittenByHandLoadAndBadFilesAreRefused) {
+  std::string cyrillic_bytes;
+  for (char16_t c : NodeText(u"Ж", u"", Record("0008", u"é"))) {
+    cyrillic_bytes += static_cast<char>(c & 0xFF), cyrillic_bytes += static_cast<char>(c >> 8);
+  }
+  Put("hand.dat", cyrillic_bytes);
+  Put("odd.dat", cyrillic_bytes + "x");
+  Put("empty.dat", "");
+  Put("garbage.dat", std::string("not a tree"));
+  struct Case { const char* sentence; const char* file; bool result; std::string shape; };
+  const Case cases[] = {
+      {"a file written from the grammar", "hand.dat", true, "Ж[0000000140008é]"},
+      {"an odd last byte is ignored", "odd.dat", true, "Ж[0000000140008é]"},
+      {"a missing file leaves the node as it was", "missing.dat", false, "kept[0000000140003" "1]"},
+      {"an empty file leaves the node as it was", "empty.dat", false, "kept[0000000140003" "1]"},
+      {"a file that is no tree", "garbage.dat", false, "*"},
+  };
+  for (const Case& c : cases) {
+    auto node = Make(u"kept", {I(1)});
+    EXPECT_EQ(node->Load(Path(c.file)), c.result) << c.sentence;
+    if (c.shape != "*") EXPECT_EQ(Shape(node), c.shape) << c.sentence;
+  }
+  auto broken = Make(u"b");
+  broken->SetItems(nullptr);
+  EXPECT_FALSE(broken->Save(Path("broken.dat"))) << "a root whose own step fails";
+  EXPECT_FALSE(Make(u"x")->Save(Path("no/such/folder/x.dat")));
+}
+
+TEST(StorageText, DeepAndWideTreesRoundTripWithoutRecursion) {
+  // On a small stack, one call per level would overflow.
+  struct Result { bool read = false; String first, second; int32_t wide = 0; } result;
+  auto body = [](void* out) -> void* {
+    auto& r = *static_cast<Result*>(out);
+    auto top = Make(u"top"), bottom = top;
+    for (int i = 0; i < 20000; ++i) {
+      auto next = Make(u"", {I(i)});
+      bottom->Nodes()->Add(next), bottom = next;
+    }
+    for (int i = 0; i < 20000; ++i) top->Nodes()->Add(Make(u"w"));
+    r.first = Text(*top);
+    auto copy = New<clsZKStorage>();
+    r.read = copy->ToObject(r.first);
+    r.second = Text(*copy);
+    r.wide = copy->Nodes()->Count();
+    top->Clear(), copy->Clear();
+    return nullptr;
+  };
+  pthread_attr_t attr;
+  pthread_attr_init(&attr);
+  pthread_attr_setstacksize(&attr, 256 * 1024);
+  pthread_t thread;
+  ASSERT_EQ(pthread_create(&thread, &attr, body, &result), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attr);
+  EXPECT_TRUE(result.read);
+  EXPECT_EQ(result.second, result.first);
+  EXPECT_EQ(result.wide, 20001);
+}
+
+TEST(StorageText, LateBoundCallsWriteErrFlagBack) {
+  auto node = Make(u"A", {Variant(String(u"B"))});
+  std::vector<Argument> args{{{}, Variant(true)}};
+  EXPECT_EQ(Invoke(*node, u"ToString", InvokeKind::kCall, args),
+            Variant(String(u"000000010A0000000090000000230000000140008B")));
+  EXPECT_EQ(args[0].value, Variant(false));
+  auto copy = New<clsZKStorage>();
+  EXPECT_EQ(Call(*copy, u"ToObject", InvokeKind::kCall, {Variant(String(u"000000009000000009000000009"))}),
+            Variant(true));
+  EXPECT_EQ(Call(*copy->Items(), u"ToObject", InvokeKind::kCall, {Variant(String(u"0000000140008B"))}),
+            Variant(true));
+  EXPECT_EQ(copy->Items()->Item(0), Variant(String(u"B")));
+}
+
+}  // namespace
+}  // namespace tsruntime
