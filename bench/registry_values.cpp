@@ -61,8 +61,8 @@ void RawSqlite(benchmark::State& state) {
                " PRIMARY KEY(key, name));",
                nullptr, nullptr, nullptr);
   sqlite3_stmt *put = nullptr, *get = nullptr;
-  sqlite3_prepare_v2(db, "INSERT INTO v VALUES(?1, ?2, ?3) ON CONFLICT DO UPDATE SET value=?3",
-                     -1, &put, nullptr);
+  sqlite3_prepare_v2(db, "INSERT INTO v VALUES(?1, ?2, ?3) ON CONFLICT DO UPDATE SET value=?3", -1,
+                     &put, nullptr);
   sqlite3_prepare_v2(db, "SELECT value FROM v WHERE key=?1 AND name=?2", -1, &get, nullptr);
   const std::string key = "SOFTWARE\\TESSALY\\BENCH";
   int64_t n = 0;

@@ -1,6 +1,7 @@
 #include "tsruntime/clsZKRegistry.h"
 
 #include "registry_store.h"
+#include "utf16_bytes.h"
 #include "tsruntime/automation/codepage.h"
 
 namespace tsruntime {
@@ -14,28 +15,9 @@ constexpr size_t kStringBufferBytes = 16384;
 // code page and back to Unicode.
 String AnsiName(const String& name) { return AnsiRoundTrip(name); }
 
-std::vector<uint8_t> Utf16Bytes(StringView text) {
-  std::vector<uint8_t> bytes;
-  bytes.reserve(text.size() * 2);
-  for (char16_t c : text) {
-    bytes.push_back(static_cast<uint8_t>(c & 0xff));
-    bytes.push_back(static_cast<uint8_t>(c >> 8));
-  }
-  return bytes;
-}
-
-// An odd last byte, which only an imported value can have, is not a character.
-String FromUtf16Bytes(const std::vector<uint8_t>& bytes) {
-  String text(bytes.size() / 2, u'\0');
-  for (size_t i = 0; i < text.size(); ++i) {
-    text[i] = static_cast<char16_t>(bytes[2 * i] | (bytes[2 * i + 1] << 8));
-  }
-  return text;
-}
-
 // ANSI string data as the store keeps it: each byte becomes its Unicode character.
 std::vector<uint8_t> StoredString(std::span<const uint8_t> ansi) {
-  return Utf16Bytes(AnsiToString(ansi));
+  return Utf16LeBytes(AnsiToString(ansi));
 }
 
 // The bytes an ANSI query hands back: string types converted to the code page, the rest
@@ -43,7 +25,7 @@ std::vector<uint8_t> StoredString(std::span<const uint8_t> ansi) {
 std::vector<uint8_t> AnsiData(uint32_t type, const std::vector<uint8_t>& stored) {
   constexpr uint32_t kRegMultiSz = 7;
   if (type == kRegSz || type == kRegExpandSz || type == kRegMultiSz) {
-    return StringToAnsi(FromUtf16Bytes(stored));
+    return StringToAnsi(FromUtf16LeBytes(stored));
   }
   return stored;
 }
@@ -67,8 +49,7 @@ bool clsZKRegistry::CreateSubKey(int32_t hKey, const String& strSubKey) {
   return created + closed == 0;
 }
 
-bool clsZKRegistry::DeleteKey(int32_t hKey, const String& strSubKey,
-                              const String& strValueName) {
+bool clsZKRegistry::DeleteKey(int32_t hKey, const String& strSubKey, const String& strValueName) {
   if (!strValueName.empty()) {
     return DeleteValue(hKey, AnsiName(strSubKey), AnsiName(strValueName)) == kSuccess;
   }
@@ -91,9 +72,8 @@ bool clsZKRegistry::SetString(int32_t hKey, const String& strSubKey, const Strin
   return WriteValue(hKey, strSubKey, strValueName, kRegSz, StoredString(ansi));
 }
 
-String clsZKRegistry::GetString(int32_t hKey, const String& strSubKey,
-                                const String& strValueName, const String& strDefault,
-                                bool* blnError) {
+String clsZKRegistry::GetString(int32_t hKey, const String& strSubKey, const String& strValueName,
+                                const String& strDefault, bool* blnError) {
   SetFlag(blnError, true);
   uint32_t type = kRegSz;
   std::vector<uint8_t> stored;
@@ -122,8 +102,8 @@ bool clsZKRegistry::SetLong(int32_t hKey, const String& strSubKey, const String&
   return WriteValue(hKey, strSubKey, strValueName, kRegDword, bytes);
 }
 
-int32_t clsZKRegistry::GetLong(int32_t hKey, const String& strSubKey,
-                               const String& strValueName, int32_t lngDefault, bool* blnError) {
+int32_t clsZKRegistry::GetLong(int32_t hKey, const String& strSubKey, const String& strValueName,
+                               int32_t lngDefault, bool* blnError) {
   SetFlag(blnError, true);
   uint32_t type = kRegDword;
   std::vector<uint8_t> data;
@@ -164,16 +144,16 @@ TSRUNTIME_DEFINE_CLASS(clsZKRegistry) {
           .Method("SetString", &clsZKRegistry::SetString,
                   {"hKey", "strSubKey", Opt("strValueName", String()), Opt("strValue", String())})
           .Method("GetString", &clsZKRegistry::GetString,
-                  {"hKey", "strSubKey", Opt("strValueName", String()),
-                   Opt("strDefault", String()), Opt("blnError")})
+                  {"hKey", "strSubKey", Opt("strValueName", String()), Opt("strDefault", String()),
+                   Opt("blnError")})
           .Method("SetLong", &clsZKRegistry::SetLong,
                   {"hKey", "strSubKey", "strValueName", "lngValue"})
-          .Method("GetLong", &clsZKRegistry::GetLong,
-                  {"hKey", "strSubKey", "strValueName", Opt("lngDefault", int32_t{0}),
-                   Opt("blnError")})
-          .Method("SetBinary", &clsZKRegistry::SetBinary,
-                  {"hKey", "strSubKey", "strValueName",
-                   Typed("abytValue", ArrayOf(VarType::kByte))})
+          .Method(
+              "GetLong", &clsZKRegistry::GetLong,
+              {"hKey", "strSubKey", "strValueName", Opt("lngDefault", int32_t{0}), Opt("blnError")})
+          .Method(
+              "SetBinary", &clsZKRegistry::SetBinary,
+              {"hKey", "strSubKey", "strValueName", Typed("abytValue", ArrayOf(VarType::kByte))})
           .Method("GetBinary", &clsZKRegistry::GetBinary,
                   {"hKey", "strSubKey", "strValueName", Opt("blnError")})
           .Build();

@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "registry_store.h"
+#include "utf16_bytes.h"
 #include "tsruntime/automation/codepage.h"
 #include "tsruntime/automation/error.h"
 
@@ -67,8 +68,8 @@ String ValueLine(const Value& v) {
     if (const std::optional<String> text = PlainText(v.data)) return line + Quoted(*text);
   }
   if (v.type == registry::kRegDword && v.data.size() == 4) {
-    const uint32_t n = v.data[0] | (v.data[1] << 8) | (v.data[2] << 16) |
-                       (static_cast<uint32_t>(v.data[3]) << 24);
+    const uint32_t n =
+        v.data[0] | (v.data[1] << 8) | (v.data[2] << 16) | (static_cast<uint32_t>(v.data[3]) << 24);
     return line + u"dword:" + Hex(n, 8);
   }
   line += v.type == registry::kRegBinary ? u"hex:" : u"hex(" + Hex(v.type, 1) + u"):";
@@ -89,8 +90,7 @@ String ValueLine(const Value& v) {
 String ExportText(const std::vector<Key>& keys) {
   String text = String(kHeader5) + u"\r\n\r\n";
   for (const Key& k : keys) {
-    text += u"[" + registry::RootName(k.root) + (k.path.empty() ? u"" : u"\\" + k.path) +
-            u"]\r\n";
+    text += u"[" + registry::RootName(k.root) + (k.path.empty() ? u"" : u"\\" + k.path) + u"]\r\n";
     for (const Value& v : k.values) text += ValueLine(v) + u"\r\n";
     text += u"\r\n";
   }
@@ -117,16 +117,11 @@ void WriteWhole(const std::string& file, const std::string& bytes) {
 // --- Reading ------------------------------------------------------------------------
 
 String DecodeFile(const std::string& bytes) {
-  if (bytes.size() >= 2 && static_cast<uint8_t>(bytes[0]) == 0xFF &&
-      static_cast<uint8_t>(bytes[1]) == 0xFE) {
-    String text((bytes.size() - 2) / 2, u'\0');
-    for (size_t i = 0; i < text.size(); ++i) {
-      text[i] = static_cast<char16_t>(static_cast<uint8_t>(bytes[2 + 2 * i]) |
-                                      (static_cast<uint8_t>(bytes[3 + 2 * i]) << 8));
-    }
-    return text;
+  const auto* data = reinterpret_cast<const uint8_t*>(bytes.data());
+  if (bytes.size() >= 2 && data[0] == 0xFF && data[1] == 0xFE) {
+    return FromUtf16LeBytes(std::span(data + 2, bytes.size() - 2));
   }
-  return AnsiToString(std::span(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()));
+  return AnsiToString(std::span(data, bytes.size()));
 }
 
 // Lines without their CR LF, continuation lines ("\" at the end) joined.
@@ -159,8 +154,7 @@ class LineReader {
   LineReader(int number, StringView text) : number_(number), text_(text) {}
 
   [[noreturn]] void Bad(const char* what) const {
-    Fail(RuntimeError::kInvalidCall,
-         FromAscii("line " + std::to_string(number_) + ": " + what));
+    Fail(RuntimeError::kInvalidCall, FromAscii("line " + std::to_string(number_) + ": " + what));
   }
   bool Eat(StringView s) {
     if (text_.substr(pos_, s.size()) != s) return false;
@@ -219,11 +213,7 @@ class LineReader {
 };
 
 std::vector<uint8_t> Utf16WithTerminator(StringView text) {
-  std::vector<uint8_t> bytes;
-  for (char16_t c : text) {
-    bytes.push_back(static_cast<uint8_t>(c & 0xff));
-    bytes.push_back(static_cast<uint8_t>(c >> 8));
-  }
+  std::vector<uint8_t> bytes = Utf16LeBytes(text);
   bytes.insert(bytes.end(), {0, 0});
   return bytes;
 }
@@ -236,8 +226,8 @@ Value ReadValue(LineReader& r, bool ansi) {
   if (r.Eat(u"dword:")) {
     const uint32_t n = r.HexNumber(8);
     v.type = registry::kRegDword;
-    v.data = {static_cast<uint8_t>(n), static_cast<uint8_t>(n >> 8),
-              static_cast<uint8_t>(n >> 16), static_cast<uint8_t>(n >> 24)};
+    v.data = {static_cast<uint8_t>(n), static_cast<uint8_t>(n >> 8), static_cast<uint8_t>(n >> 16),
+              static_cast<uint8_t>(n >> 24)};
   } else if (r.Eat(u"hex:")) {
     v.type = registry::kRegBinary;
     v.data = r.HexBytes();
@@ -278,8 +268,8 @@ std::vector<Key> ParseFile(StringView text) {
       const size_t slash = path.find(u'\\');
       const int32_t root = registry::RootNamed(path.substr(0, slash));
       if (root == 0) r.Bad("the key does not start with a root key's name");
-      keys.push_back(Key{root, slash == StringView::npos ? String() : String(path.substr(slash + 1)),
-                         {}});
+      keys.push_back(
+          Key{root, slash == StringView::npos ? String() : String(path.substr(slash + 1)), {}});
       continue;
     }
     if (keys.empty()) r.Bad("a value before the first key");
@@ -308,13 +298,9 @@ void ExportRegistryKey(StringView key, const std::string& file) {
   if (status != registry::kSuccess) {
     Fail(RuntimeError::kPathFileAccessError, String(key));
   }
-  const String text = ExportText(keys);
+  const std::vector<uint8_t> utf16 = Utf16LeBytes(ExportText(keys));
   std::string bytes = "\xFF\xFE";
-  bytes.reserve(2 + text.size() * 2);
-  for (char16_t c : text) {
-    bytes += static_cast<char>(c & 0xff);
-    bytes += static_cast<char>(c >> 8);
-  }
+  bytes.append(utf16.begin(), utf16.end());
   WriteWhole(file, bytes);
 }
 

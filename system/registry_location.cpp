@@ -65,8 +65,8 @@ bool PrepareFile(const DatabaseFile& file) {
   if (!MakeDirs(dir, file.machine_wide ? 0755 : 0700)) return false;
   // SQLite would create the file under the umask; the mode is set here, once, and SQLite
   // gives its -wal and -shm files the same.
-  const int fd = open(file.path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC,
-                      file.machine_wide ? 0644 : 0600);
+  const int fd =
+      open(file.path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, file.machine_wide ? 0644 : 0600);
   if (fd < 0) return false;
   close(fd);
   return true;

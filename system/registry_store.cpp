@@ -1,9 +1,9 @@
 #include "registry_store.h"
 
 #include <sqlite3.h>
-#include <unistd.h>
 #include <unicode/uchar.h>
 #include <unicode/utf16.h>
+#include <unistd.h>
 
 #include <map>
 #include <memory>
@@ -68,14 +68,18 @@ Status FromSqlite(int rc) {
   switch (rc & 0xff) {
     case SQLITE_OK:
     case SQLITE_DONE:
-    case SQLITE_ROW: return kSuccess;
+    case SQLITE_ROW:
+      return kSuccess;
     case SQLITE_BUSY:
-    case SQLITE_LOCKED: return kBusy;
+    case SQLITE_LOCKED:
+      return kBusy;
     case SQLITE_READONLY:
     case SQLITE_PERM:
     case SQLITE_CANTOPEN:
-    case SQLITE_AUTH: return kAccessDenied;
-    default: return kStoreFailed;
+    case SQLITE_AUTH:
+      return kAccessDenied;
+    default:
+      return kStoreFailed;
   }
 }
 
@@ -181,13 +185,12 @@ Connection* Connect(const DatabaseFile& file, Status* status) {
   }
   if (!writable && access(file.path.c_str(), F_OK) != 0) return nullptr;
   sqlite3* db = nullptr;
-  const int flags = (writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY) |
-                    SQLITE_OPEN_NOMUTEX;
+  const int flags = (writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY) | SQLITE_OPEN_NOMUTEX;
   int rc = sqlite3_open_v2(file.path.c_str(), &db, flags, nullptr);
   if (rc == SQLITE_OK) rc = sqlite3_busy_timeout(db, kBusyTimeoutMs);
   if (rc == SQLITE_OK && writable) {
-    rc = sqlite3_exec(db, "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL;", nullptr,
-                      nullptr, nullptr);
+    rc = sqlite3_exec(db, "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL;", nullptr, nullptr,
+                      nullptr);
     if (rc == SQLITE_OK) rc = sqlite3_exec(db, kSchema, nullptr, nullptr, nullptr);
   }
   if (rc != SQLITE_OK) {
@@ -237,9 +240,14 @@ class Tx {
     return true;
   }
   void Set(int64_t key, StringView name, uint32_t type, std::span<const uint8_t> data) {
-    c_.Run("INSERT INTO vals(key, folded, name, type, data) VALUES(?,?,?,?,?) "
-           "ON CONFLICT(key, folded) DO UPDATE SET type=excluded.type, data=excluded.data")
-        .Bind(key).Bind(Fold(name)).Bind(ToUtf8(name)).Bind(int64_t{type}).Bind(data)
+    c_.Run(
+          "INSERT INTO vals(key, folded, name, type, data) VALUES(?,?,?,?,?) "
+          "ON CONFLICT(key, folded) DO UPDATE SET type=excluded.type, data=excluded.data")
+        .Bind(key)
+        .Bind(Fold(name))
+        .Bind(ToUtf8(name))
+        .Bind(int64_t{type})
+        .Bind(data)
         .Step();
   }
   bool DeleteValue(int64_t key, StringView name) {
@@ -266,15 +274,17 @@ class Tx {
   }
 
  private:
-  int64_t Child(int64_t parent, const std::string& folded, const std::string& name,
-                bool create) {
+  int64_t Child(int64_t parent, const std::string& folded, const std::string& name, bool create) {
     {
       auto q = c_.Run("SELECT id FROM keys WHERE parent=? AND folded=?");
       if (q.Bind(parent).Bind(folded).Step()) return q.Int(0);
     }
     if (!create) return 0;
     c_.Run("INSERT INTO keys(parent, folded, name) VALUES(?,?,?)")
-        .Bind(parent).Bind(folded).Bind(name).Step();
+        .Bind(parent)
+        .Bind(folded)
+        .Bind(name)
+        .Step();
     return c_.LastId();
   }
 
@@ -323,19 +333,27 @@ Status EmptyStore(const Path& p) { return p.levels.empty() ? kSuccess : kFileNot
 
 String RootName(int32_t root) {
   switch (root) {
-    case HKEY_CLASSES_ROOT: return u"HKEY_CLASSES_ROOT";
-    case HKEY_CURRENT_USER: return u"HKEY_CURRENT_USER";
-    case HKEY_LOCAL_MACHINE: return u"HKEY_LOCAL_MACHINE";
-    case HKEY_USERS: return u"HKEY_USERS";
-    case HKEY_CURRENT_CONFIG: return u"HKEY_CURRENT_CONFIG";
-    default: return {};
+    case HKEY_CLASSES_ROOT:
+      return u"HKEY_CLASSES_ROOT";
+    case HKEY_CURRENT_USER:
+      return u"HKEY_CURRENT_USER";
+    case HKEY_LOCAL_MACHINE:
+      return u"HKEY_LOCAL_MACHINE";
+    case HKEY_USERS:
+      return u"HKEY_USERS";
+    case HKEY_CURRENT_CONFIG:
+      return u"HKEY_CURRENT_CONFIG";
+    default:
+      return {};
   }
 }
 
 int32_t RootNamed(StringView name) {
-  static constexpr std::pair<StringView, int32_t> kShort[] = {
-      {u"HKCR", HKEY_CLASSES_ROOT}, {u"HKCU", HKEY_CURRENT_USER}, {u"HKLM", HKEY_LOCAL_MACHINE},
-      {u"HKU", HKEY_USERS},         {u"HKCC", HKEY_CURRENT_CONFIG}};
+  static constexpr std::pair<StringView, int32_t> kShort[] = {{u"HKCR", HKEY_CLASSES_ROOT},
+                                                              {u"HKCU", HKEY_CURRENT_USER},
+                                                              {u"HKLM", HKEY_LOCAL_MACHINE},
+                                                              {u"HKU", HKEY_USERS},
+                                                              {u"HKCC", HKEY_CURRENT_CONFIG}};
   for (const auto& [abbreviation, root] : kShort) {
     if (EqualsAsciiNoCase(name, abbreviation) || EqualsAsciiNoCase(name, RootName(root))) {
       return root;
@@ -349,8 +367,9 @@ Status OpenKey(int32_t root, StringView path) {
   if (p.status != kSuccess) return p.status;
   return Transact(
       root, false,
-      [&](Tx& tx) { return p.levels.empty() || tx.Find(root, p.levels, false) ? kSuccess
-                                                                              : kFileNotFound; },
+      [&](Tx& tx) {
+        return p.levels.empty() || tx.Find(root, p.levels, false) ? kSuccess : kFileNotFound;
+      },
       [&] { return EmptyStore(p); });
 }
 

@@ -33,14 +33,14 @@ namespace tsruntime::registry {
 // The platform's numbers, so that results read as they would there.
 enum Status : int32_t {
   kSuccess = 0,
-  kFileNotFound = 2,     // no such key or value
-  kAccessDenied = 5,     // machine-wide write by a non-root user; a key with subkeys
-  kInvalidHandle = 6,    // not a root of the store
+  kFileNotFound = 2,   // no such key or value
+  kAccessDenied = 5,   // machine-wide write by a non-root user; a key with subkeys
+  kInvalidHandle = 6,  // not a root of the store
   kInvalidParameter = 87,
-  kBusy = 170,           // the database stayed locked past the busy timeout
-  kBadPathname = 161,    // a path that starts with "\" or has an empty level
+  kBusy = 170,         // the database stayed locked past the busy timeout
+  kBadPathname = 161,  // a path that starts with "\" or has an empty level
   kMoreData = 234,
-  kStoreFailed = 1009,   // the database could not be opened or read (corrupt, I/O)
+  kStoreFailed = 1009,  // the database could not be opened or read (corrupt, I/O)
 };
 
 enum ValueType : uint32_t {

@@ -35,14 +35,13 @@ const Library& X() {
     // Kept loaded for the life of the process: unloading Xlib is not safe.
     void* h = dlopen("libX11.so.6", RTLD_NOW | RTLD_LOCAL);
     if (!h) return l;
-    l.loaded = Resolve(h, "XOpenDisplay", l.OpenDisplay) &&
-               Resolve(h, "XCloseDisplay", l.CloseDisplay) &&
-               Resolve(h, "XDefaultRootWindow", l.RootWindowOf) &&
-               Resolve(h, "XInternAtom", l.InternAtom) &&
-               Resolve(h, "XGetWindowProperty", l.GetWindowProperty) &&
-               Resolve(h, "XFree", l.Free) && Resolve(h, "XQueryPointer", l.QueryPointer) &&
-               Resolve(h, "XSync", l.Sync) && Resolve(h, "XkbGetState", l.GetState) &&
-               Resolve(h, "XkbLockGroup", l.LockGroup);
+    l.loaded =
+        Resolve(h, "XOpenDisplay", l.OpenDisplay) && Resolve(h, "XCloseDisplay", l.CloseDisplay) &&
+        Resolve(h, "XDefaultRootWindow", l.RootWindowOf) &&
+        Resolve(h, "XInternAtom", l.InternAtom) &&
+        Resolve(h, "XGetWindowProperty", l.GetWindowProperty) && Resolve(h, "XFree", l.Free) &&
+        Resolve(h, "XQueryPointer", l.QueryPointer) && Resolve(h, "XSync", l.Sync) &&
+        Resolve(h, "XkbGetState", l.GetState) && Resolve(h, "XkbLockGroup", l.LockGroup);
     return l;
   }();
   return lib;
@@ -72,8 +71,8 @@ std::vector<std::string> Display::GroupLayouts() {
   int format = 0;
   unsigned long count = 0, after = 0;
   unsigned char* data = nullptr;
-  if (x.GetWindowProperty(D(connection_), x.RootWindowOf(D(connection_)), names, 0, 1024,
-                          False, XA_STRING, &type, &format, &count, &after, &data) != Success ||
+  if (x.GetWindowProperty(D(connection_), x.RootWindowOf(D(connection_)), names, 0, 1024, False,
+                          XA_STRING, &type, &format, &count, &after, &data) != Success ||
       !data) {
     return {};
   }
@@ -113,8 +112,8 @@ std::optional<std::pair<int, int>> Display::Pointer() {
   Window root = 0, child = 0;
   int root_x = 0, root_y = 0, win_x = 0, win_y = 0;
   unsigned mask = 0;
-  if (!x.QueryPointer(D(connection_), x.RootWindowOf(D(connection_)), &root, &child,
-                      &root_x, &root_y, &win_x, &win_y, &mask)) {
+  if (!x.QueryPointer(D(connection_), x.RootWindowOf(D(connection_)), &root, &child, &root_x,
+                      &root_y, &win_x, &win_y, &mask)) {
     return std::nullopt;
   }
   return std::pair{root_x, root_y};

@@ -78,8 +78,7 @@ class clsZKRegistry : public Object {
                    const String& strDefault = {}, bool* blnError = nullptr);
 
   // Writes a 32-bit integer value (type 4), creating the key first when it is missing.
-  bool SetLong(int32_t hKey, const String& strSubKey, const String& strValueName,
-               int32_t lngValue);
+  bool SetLong(int32_t hKey, const String& strSubKey, const String& strValueName, int32_t lngValue);
 
   // Reads a value of type 4 and exactly 4 bytes; otherwise `lngDefault`, `blnError` True.
   int32_t GetLong(int32_t hKey, const String& strSubKey, const String& strValueName,

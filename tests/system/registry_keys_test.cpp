@@ -31,7 +31,10 @@ class RegistryKeys : public testing::RegistryTest {
 TEST_F(RegistryKeys, CreateAndDeleteFollowThePlatformRules) {
   const Case cases[] = {
       {"creating a key creates every missing level",
-       [&] { const std::string done = Said(reg->CreateSubKey(HKCU, u"A\\B\\C")); return done + " " + Exists(u"A\\B"); },
+       [&] {
+         const std::string done = Said(reg->CreateSubKey(HKCU, u"A\\B\\C"));
+         return done + " " + Exists(u"A\\B");
+       },
        "True present"},
       {"creating an existing key opens it", [&] { return Said(reg->CreateSubKey(HKCU, u"A")); },
        "True"},
@@ -44,10 +47,16 @@ TEST_F(RegistryKeys, CreateAndDeleteFollowThePlatformRules) {
       {"a path that starts with a backslash is refused",
        [&] { return Said(reg->CreateSubKey(HKCU, u"\\Lead")); }, "False"},
       {"a path with an empty level is refused",
-       [&] { const std::string done = Said(reg->CreateSubKey(HKCU, u"X\\\\Y")); return done + " " + Exists(u"X"); },
+       [&] {
+         const std::string done = Said(reg->CreateSubKey(HKCU, u"X\\\\Y"));
+         return done + " " + Exists(u"X");
+       },
        "False missing"},
       {"one trailing backslash is ignored",
-       [&] { const std::string done = Said(reg->CreateSubKey(HKCU, u"Trail\\")); return done + " " + Exists(u"Trail"); },
+       [&] {
+         const std::string done = Said(reg->CreateSubKey(HKCU, u"Trail\\"));
+         return done + " " + Exists(u"Trail");
+       },
        "True present"},
       {"an empty path is the root key itself",
        [&] {
@@ -56,25 +65,32 @@ TEST_F(RegistryKeys, CreateAndDeleteFollowThePlatformRules) {
        },
        "yes"},
       {"a setter creates a missing key first",
-       [&] { const std::string done = Said(reg->SetLong(HKCU, u"New\\Deep", u"N", 1)); return done + " " + Exists(u"New"); },
+       [&] {
+         const std::string done = Said(reg->SetLong(HKCU, u"New\\Deep", u"N", 1));
+         return done + " " + Exists(u"New");
+       },
        "True present"},
       {"a key with subkeys is not deleted",
-       [&] { const std::string done = Said(reg->DeleteKey(HKCU, u"A\\B")); return done + " " + Exists(u"A\\B\\C"); },
+       [&] {
+         const std::string done = Said(reg->DeleteKey(HKCU, u"A\\B"));
+         return done + " " + Exists(u"A\\B\\C");
+       },
        "False present"},
       {"a key without subkeys is deleted, its parent stays",
-       [&] { const std::string done = Said(reg->DeleteKey(HKCU, u"a\\b\\c")); return done + " " + Exists(u"A\\B\\C") + " " +
-                    Exists(u"A\\B"); },
+       [&] {
+         const std::string done = Said(reg->DeleteKey(HKCU, u"a\\b\\c"));
+         return done + " " + Exists(u"A\\B\\C") + " " + Exists(u"A\\B");
+       },
        "True missing present"},
       {"a missing key cannot be deleted", [&] { return Said(reg->DeleteKey(HKCU, u"Nope")); },
        "False"},
-      {"the root key cannot be deleted", [&] { return Said(reg->DeleteKey(HKCU, u"")); },
-       "False"},
+      {"the root key cannot be deleted", [&] { return Said(reg->DeleteKey(HKCU, u"")); }, "False"},
       {"deleting a value leaves the key and its other values",
        [&] {
          reg->SetString(HKCU, u"V", u"One", u"1");
          reg->SetString(HKCU, u"V", u"Two", u"2");
-         const std::string done = Said(reg->DeleteKey(HKCU, u"V", u"one")); return done + " " + Exists(u"V") + " " +
-                testing::U8(reg->GetString(HKCU, u"V", u"Two"));
+         const std::string done = Said(reg->DeleteKey(HKCU, u"V", u"one"));
+         return done + " " + Exists(u"V") + " " + testing::U8(reg->GetString(HKCU, u"V", u"Two"));
        },
        "True present 2"},
       {"a missing value cannot be deleted",

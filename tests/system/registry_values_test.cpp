@@ -23,9 +23,9 @@ std::string Shown(const String& s, bool error) {
 }
 std::string Shown(int32_t n, bool error) { return std::to_string(n) + (error ? " error" : ""); }
 std::string Shown(const SafeArray& a, bool error) {
-  std::string text = a.isDimensioned() ? std::to_string(a.lbound()) + " to " +
-                                             std::to_string(a.ubound()) + ":"
-                                       : "never dimensioned";
+  std::string text = a.isDimensioned()
+                         ? std::to_string(a.lbound()) + " to " + std::to_string(a.ubound()) + ":"
+                         : "never dimensioned";
   for (uint8_t b : a.bytes()) text += " " + std::to_string(b);
   return text + (error ? " error" : "");
 }
@@ -87,28 +87,61 @@ TEST_F(RegistryValues, StringsKeepTheTerminatorRulesOfTheAnsiCalls) {
 TEST_F(RegistryValues, GettersFailOnAnotherTypeAndTheDefaultValueIsReadUntyped) {
   const SafeArray four_bytes = SafeArray::FromBytes(std::vector<uint8_t>{1, 0, 0, 0});
   const Case cases[] = {
-      {"a missing key gives the default", [&] { return ReadString(u"Nothing"); },
-       "\"dflt\" error"},
-      {"a number reads back", [&] { reg->SetLong(HKCU, kKey, u"N", -5); return ReadLong(u"N"); },
+      {"a missing key gives the default", [&] { return ReadString(u"Nothing"); }, "\"dflt\" error"},
+      {"a number reads back",
+       [&] {
+         reg->SetLong(HKCU, kKey, u"N", -5);
+         return ReadLong(u"N");
+       },
        "-5"},
       {"a number read as a string gives the default",
-       [&] { reg->SetLong(HKCU, kKey, u"N", 5); return ReadString(u"N"); }, "\"dflt\" error"},
+       [&] {
+         reg->SetLong(HKCU, kKey, u"N", 5);
+         return ReadString(u"N");
+       },
+       "\"dflt\" error"},
       {"a string read as a number gives the default",
-       [&] { reg->SetString(HKCU, kKey, u"S", u"5"); return ReadLong(u"S"); }, "-1 error"},
+       [&] {
+         reg->SetString(HKCU, kKey, u"S", u"5");
+         return ReadLong(u"S");
+       },
+       "-1 error"},
       {"four binary bytes read as a number give the default",
-       [&] { reg->SetBinary(HKCU, kKey, u"B", four_bytes); return ReadLong(u"B"); }, "-1 error"},
+       [&] {
+         reg->SetBinary(HKCU, kKey, u"B", four_bytes);
+         return ReadLong(u"B");
+       },
+       "-1 error"},
       {"a number read as binary gives a never-dimensioned array",
-       [&] { reg->SetLong(HKCU, kKey, u"N", 5); return ReadBinary(u"N"); },
+       [&] {
+         reg->SetLong(HKCU, kKey, u"N", 5);
+         return ReadBinary(u"N");
+       },
        "never dimensioned error"},
       {"a string read as binary gives a never-dimensioned array",
-       [&] { reg->SetString(HKCU, kKey, u"S", u"5"); return ReadBinary(u"S"); },
+       [&] {
+         reg->SetString(HKCU, kKey, u"S", u"5");
+         return ReadBinary(u"S");
+       },
        "never dimensioned error"},
       {"a key without a default value reads it as an empty string",
-       [&] { reg->CreateSubKey(HKCU, kKey); return ReadString(u""); }, "\"\""},
+       [&] {
+         reg->CreateSubKey(HKCU, kKey);
+         return ReadString(u"");
+       },
+       "\"\""},
       {"a number in the default value reads as a string of its bytes",
-       [&] { reg->SetLong(HKCU, kKey, u"", 0x00636261); return ReadString(u""); }, "\"abc\""},
+       [&] {
+         reg->SetLong(HKCU, kKey, u"", 0x00636261);
+         return ReadString(u"");
+       },
+       "\"abc\""},
       {"the default value reads as a number through the empty name",
-       [&] { reg->SetLong(HKCU, kKey, u"", 7); return ReadLong(u""); }, "7"},
+       [&] {
+         reg->SetLong(HKCU, kKey, u"", 7);
+         return ReadLong(u"");
+       },
+       "7"},
   };
   for (const Case& c : cases) EXPECT_EQ(c.run(), c.expected) << c.what;
 }
@@ -126,8 +159,8 @@ TEST_F(RegistryValues, BinaryValuesKeepEveryByteAndAnEmptyOneReadsAsAFailure) {
   const Case cases[] = {
       {"an array of no elements writes a value of no bytes, which reads as a failure",
        [&] {
-         EXPECT_TRUE(reg->SetBinary(HKCU, kKey, u"Empty",
-                                    SafeArray(VarType::kByte, {Bounds{0, -1}})));
+         EXPECT_TRUE(
+             reg->SetBinary(HKCU, kKey, u"Empty", SafeArray(VarType::kByte, {Bounds{0, -1}})));
          return ReadBinary(u"Empty");
        },
        "never dimensioned error"},
@@ -150,22 +183,26 @@ TEST_F(RegistryValues, BinaryValuesKeepEveryByteAndAnEmptyOneReadsAsAFailure) {
 
 TEST_F(RegistryValues, LateBoundCallsWriteBlnErrorBackAndTakeTheirDefaults) {
   Ref<Object> obj = CreateObject(u"TSRuntimeLib.clsZKRegistry");
-  std::vector<Argument> set{{{}, Variant(int32_t{HKCU})}, {{}, kKey}, {{}, u"Name"},
-                            {{}, u"значение"}};
+  std::vector<Argument> set{
+      {{}, Variant(int32_t{HKCU})}, {{}, kKey}, {{}, u"Name"}, {{}, u"значение"}};
   EXPECT_EQ(Invoke(*obj, u"SetString", InvokeKind::kCall, set), Variant(true));
 
-  std::vector<Argument> get{{{}, Variant(int32_t{HKCU})}, {{}, kKey}, {{}, u"Name"},
-                            {u"blnError", Variant(true)}};
+  std::vector<Argument> get{
+      {{}, Variant(int32_t{HKCU})}, {{}, kKey}, {{}, u"Name"}, {u"blnError", Variant(true)}};
   EXPECT_EQ(Invoke(*obj, u"GetString", InvokeKind::kCall, get), Variant(u"значение"));
   EXPECT_EQ(get[3].value, Variant(false));
 
-  std::vector<Argument> missing{{{}, Variant(int32_t{HKCU})}, {{}, kKey}, {{}, u"Other"},
+  std::vector<Argument> missing{{{}, Variant(int32_t{HKCU})},
+                                {{}, kKey},
+                                {{}, u"Other"},
                                 {u"lngDefault", Variant(int32_t{9})},
                                 {u"blnError", Variant(false)}};
   EXPECT_EQ(Invoke(*obj, u"GetLong", InvokeKind::kCall, missing), Variant(int32_t{9}));
   EXPECT_EQ(missing[4].value, Variant(true));
 
-  std::vector<Argument> bytes{{{}, Variant(int32_t{HKCU})}, {{}, kKey}, {{}, u"B"},
+  std::vector<Argument> bytes{{{}, Variant(int32_t{HKCU})},
+                              {{}, kKey},
+                              {{}, u"B"},
                               {{}, Variant(SafeArray::FromBytes(std::vector<uint8_t>{7, 8}))}};
   EXPECT_EQ(Invoke(*obj, u"SetBinary", InvokeKind::kCall, bytes), Variant(true));
   std::vector<Argument> read{{{}, Variant(int32_t{HKCU})}, {{}, kKey}, {{}, u"B"}};

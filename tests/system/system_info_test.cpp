@@ -71,8 +71,7 @@ TEST(SystemInfo, ObjectFromPtrTurnsAnAddressFromObjPtrIntoANewReference) {
   }
 
   std::vector<Argument> args{{{}, Variant(address)}};
-  EXPECT_EQ(Invoke(*sys, u"ObjectFromPtr", InvokeKind::kCall, args).asObject().get(),
-            target.get());
+  EXPECT_EQ(Invoke(*sys, u"ObjectFromPtr", InvokeKind::kCall, args).asObject().get(), target.get());
 
   const struct {
     const char* what;

@@ -33,10 +33,8 @@ TEST_F(SystemOnX, SetKeyboardLayoutSelectsRussianForEveryNonZeroIdentifier) {
       {"from the middle the walk goes back through the first to the last", "us,de,ru", 1,
        xcZKKBDL_RUSSIAN, true, 2},
       {"zero from the last goes back two steps", nullptr, 2, 0, true, 0},
-      {"a ring without the target ends where it started", "us,de", 0, xcZKKBDL_RUSSIAN, false,
-       0},
-      {"one layout without the target fails after one step", "us", 0, xcZKKBDL_RUSSIAN, false,
-       0},
+      {"a ring without the target ends where it started", "us,de", 0, xcZKKBDL_RUSSIAN, false, 0},
+      {"one layout without the target fails after one step", "us", 0, xcZKKBDL_RUSSIAN, false, 0},
       {"one layout that is the target succeeds", "ru", 0, xcZKKBDL_RUSSIAN, true, 0},
   };
   for (const Step& s : steps) {
@@ -61,9 +59,7 @@ TEST_F(SystemOnX, LateBoundSetKeyboardLayoutDefaultsToEnglishAndSoToRussian) {
 }
 
 TEST_F(SystemOnX, GetMousePosReadsThePointer) {
-  const struct {
-    int x, y;
-  } points[] = {{123, 45}, {0, 0}, {639, 479}};
+  const struct { int x, y; } points[] = {{123, 45}, {0, 0}, {639, 479}};
   for (const auto& p : points) {
     XWarpPointer(x.x(), None, DefaultRootWindow(x.x()), 0, 0, 0, 0, p.x, p.y);
     XSync(x.x(), False);

@@ -112,7 +112,8 @@ TEST_F(RegistryFile, ExportsWhatTheClassWroteAndImportsTheOlderAnsiForm) {
   EXPECT_EQ(Read("m.reg"), Utf16File(expected))
       << "children in name order without regard to case; odd strings as hex(1)";
 
-  Write("old.reg", "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\Old]\r\n\"\xcf\xf3\xf2\xfc\"=\"\xe4\xe0\"\r\n");
+  Write("old.reg",
+        "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\Old]\r\n\"\xcf\xf3\xf2\xfc\"=\"\xe4\xe0\"\r\n");
   ASSERT_EQ(Tsrt({"reg", "import", Path("old.reg")}), "");
   EXPECT_EQ(reg->GetString(HKEY_CURRENT_USER, u"Old", u"Путь"), u"да");
 }
@@ -143,8 +144,7 @@ TEST_F(RegistryFile, BadFilesAndMissingKeysFailWithoutWritingAnything) {
   for (const auto& c : cases) {
     if (!c.file.empty()) Write("bad.reg", c.file);
     const std::string path = c.file.empty() ? Path("none.reg") : Path("bad.reg");
-    EXPECT_EQ(Tsrt({"reg", "import", path}), c.error + (c.file.empty() ? path : ""))
-        << c.what;
+    EXPECT_EQ(Tsrt({"reg", "import", path}), c.error + (c.file.empty() ? path : "")) << c.what;
     EXPECT_EQ(New<clsZKRegistry>()->CreateSubKey(HKEY_CURRENT_USER, u"X"), true);
     EXPECT_EQ(New<clsZKRegistry>()->GetLong(HKEY_CURRENT_USER, u"X", u"A", -1), -1)
         << c.what << ": nothing of the file was written";

@@ -114,8 +114,8 @@ TEST(Tsrt, ListsClassesMembersEnumerationsAndHelp) {
                    "Enumerator         TSRuntimeLib.Enumerator  (not creatable)\n"}},
       {"members clsZKRunTimeLib",
        {"Class clsZKRunTimeLib  ' TSRuntimeLib.clsZKRunTimeLib\n  Function Init() As Boolean\n"
-        "  Property Let Language(ByVal RHS As Long)\n  Property Get Language() As Long\n"
-        "  Property Get GetObjString() As clsZKString\n"}},
+        "  Property Let Language(ByVal RHS As Long)\n  Property Get Language() As Long\n",
+        "\n  Property Get GetObjString() As clsZKString\n"}},
       {"members TSRuntimeLib.clsZKDictionary",
        {"Class clsZKDictionary  ' TSRuntimeLib.clsZKDictionary, enumerable with For Each\n",
         "\n  Property Set Data(ByVal Item As Variant, ByVal vData As Variant)  ' default member\n",
