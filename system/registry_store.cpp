@@ -483,7 +483,8 @@ Status WriteKeys(const std::vector<Key>& keys) {
     if (p.status != kSuccess) return p.status;
     by_file[file->path].push_back(&k);
   }
-  for (const auto& [file, group] : by_file) {
+  for (const auto& entry : by_file) {
+    const std::vector<const Key*>& group = entry.second;
     const Status s = Transact(
         group.front()->root, true,
         [&](Tx& tx) {
