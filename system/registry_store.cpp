@@ -291,6 +291,14 @@ class Tx {
   Connection& c_;
 };
 
+void RollBack(Connection& c) {
+  try {
+    c.Run("ROLLBACK").Step();
+  } catch (const StoreError&) {
+    // SQLite has already rolled back after some failures.
+  }
+}
+
 // Runs `body(tx)` as one transaction on the database that holds `root`. A write takes
 // the write lock up front (BEGIN IMMEDIATE), so that waiting for it goes through the
 // busy timeout instead of failing halfway. A reader of a database that does not exist
@@ -314,14 +322,10 @@ Status Transact(int32_t root, bool write, Body&& body, Empty&& empty) {
     c->Run(status == kSuccess ? "COMMIT" : "ROLLBACK").Step();
     return status;
   } catch (const StoreError& e) {
-    try {
-      c->Run("ROLLBACK").Step();
-    } catch (const StoreError&) {
-      // SQLite has already rolled back after some failures.
-    }
+    RollBack(*c);
     return e.status;
   } catch (const std::bad_alloc&) {
-    c->Run("ROLLBACK").Step();
+    RollBack(*c);
     return kStoreFailed;
   }
 }
