@@ -169,6 +169,20 @@ class Connection {
 
 thread_local std::map<std::string, std::unique_ptr<Connection>> t_connections;
 
+// WAL mode and the tables. Turning a new database to WAL needs every other process out of
+// it, and SQLite reports a rival's lock at that moment at once instead of waiting for it:
+// processes that open a new store together wait here.
+int SetUp(sqlite3* db) {
+  constexpr int kPauseMs = 5;
+  for (int waited = 0;; waited += kPauseMs) {
+    int rc = sqlite3_exec(db, "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL;", nullptr,
+                          nullptr, nullptr);
+    if (rc == SQLITE_OK) rc = sqlite3_exec(db, kSchema, nullptr, nullptr, nullptr);
+    if (FromSqlite(rc) != kBusy || waited >= kBusyTimeoutMs) return rc;
+    sqlite3_sleep(kPauseMs);
+  }
+}
+
 // Opens the database; nullptr with `status` set when it cannot be, or when a reader
 // finds no machine-wide database yet (`status` stays kSuccess: the store is empty).
 Connection* Connect(const DatabaseFile& file, Status* status) {
@@ -188,11 +202,7 @@ Connection* Connect(const DatabaseFile& file, Status* status) {
   const int flags = (writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY) | SQLITE_OPEN_NOMUTEX;
   int rc = sqlite3_open_v2(file.path.c_str(), &db, flags, nullptr);
   if (rc == SQLITE_OK) rc = sqlite3_busy_timeout(db, kBusyTimeoutMs);
-  if (rc == SQLITE_OK && writable) {
-    rc = sqlite3_exec(db, "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL;", nullptr, nullptr,
-                      nullptr);
-    if (rc == SQLITE_OK) rc = sqlite3_exec(db, kSchema, nullptr, nullptr, nullptr);
-  }
+  if (rc == SQLITE_OK && writable) rc = SetUp(db);
   if (rc != SQLITE_OK) {
     *status = FromSqlite(rc);
     sqlite3_close_v2(db);
