@@ -90,12 +90,13 @@ void MemcpyOfTheText(benchmark::State& state, int which) {
   Memcpy(state, which == 0 ? MillionItemTree() : Chain(which));
 }
 
-BENCHMARK_CAPTURE(ToStringThenToObject, million_items/tsruntime, 0)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(MemcpyOfTheText, million_items/peer, 0)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(ToStringThenToObject, chain_10000/tsruntime, 10000)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(MemcpyOfTheText, chain_10000/peer, 10000)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(ToStringThenToObject, chain_100000/tsruntime, 100000)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(MemcpyOfTheText, chain_100000/peer, 100000)->Unit(benchmark::kMillisecond);
+constexpr auto kMs = benchmark::kMillisecond;
+BENCHMARK_CAPTURE(ToStringThenToObject, million_items/tsruntime, 0)->Unit(kMs);
+BENCHMARK_CAPTURE(MemcpyOfTheText, million_items/peer, 0)->Unit(kMs);
+BENCHMARK_CAPTURE(ToStringThenToObject, chain_10000/tsruntime, 10000)->Unit(kMs);
+BENCHMARK_CAPTURE(MemcpyOfTheText, chain_10000/peer, 10000)->Unit(kMs);
+BENCHMARK_CAPTURE(ToStringThenToObject, chain_100000/tsruntime, 100000)->Unit(kMs);
+BENCHMARK_CAPTURE(MemcpyOfTheText, chain_100000/peer, 100000)->Unit(kMs);
 
 }  // namespace
 

@@ -1,24 +1,39 @@
 # Installs the library, its public headers, a CMake package
 # (find_package(tsruntime) -> tsruntime::tsruntime) and a pkg-config file.
+#
+# Components, one Debian package each (cmake/Packaging.cmake):
+#   runtime      the shared library and the modules it loads
+#   development  headers, CMake package, pkg-config file, the link-time name
+#   tools        tsrt
+#   python       the Python package
 include(CMakePackageConfigHelpers)
 
+# Modules the library loads beside itself find it, and each other, in the same folder.
+set_target_properties(tsruntime PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(TARGETS tsruntime EXPORT tsruntimeTargets
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(DIRECTORY include/tsruntime DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime
+          NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+install(DIRECTORY include/tsruntime DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  COMPONENT development)
+# The compression module goes beside the library, where the runtime looks for it first.
+install(TARGETS tszlib LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
 
 set(TSRUNTIME_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/tsruntime)
-install(EXPORT tsruntimeTargets NAMESPACE tsruntime:: DESTINATION ${TSRUNTIME_CMAKE_DIR})
+install(EXPORT tsruntimeTargets NAMESPACE tsruntime:: DESTINATION ${TSRUNTIME_CMAKE_DIR}
+  COMPONENT development)
 configure_package_config_file(cmake/tsruntimeConfig.cmake.in
   ${CMAKE_CURRENT_BINARY_DIR}/tsruntimeConfig.cmake INSTALL_DESTINATION ${TSRUNTIME_CMAKE_DIR})
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/tsruntimeConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tsruntimeConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/tsruntimeConfigVersion.cmake
-        DESTINATION ${TSRUNTIME_CMAKE_DIR})
+        DESTINATION ${TSRUNTIME_CMAKE_DIR} COMPONENT development)
 
 file(RELATIVE_PATH TSRUNTIME_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/tsruntime.pc.in ${CMAKE_CURRENT_BINARY_DIR}/tsruntime.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tsruntime.pc
-        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+include(cmake/Packaging.cmake)

@@ -14,6 +14,7 @@ Ref<clsZKString> clsZKRunTimeLib::GetObjString() const { return New<clsZKString>
 Ref<clsZKSystem> clsZKRunTimeLib::GetObjSystem() const { return New<clsZKSystem>(); }
 Ref<clsZKArray> clsZKRunTimeLib::GetObjArray() const { return New<clsZKArray>(); }
 Ref<clsZKRegistry> clsZKRunTimeLib::GetObjRegistry() const { return New<clsZKRegistry>(); }
+Ref<clsZKMem> clsZKRunTimeLib::GetObjMem() const { return New<clsZKMem>(); }
 
 TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
   static const ClassInfo info =
@@ -27,6 +28,7 @@ TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
           .Get("GetObjSystem", &clsZKRunTimeLib::GetObjSystem)
           .Get("GetObjArray", &clsZKRunTimeLib::GetObjArray)
           .Get("GetObjRegistry", &clsZKRunTimeLib::GetObjRegistry)
+          .Get("GetObjMem", &clsZKRunTimeLib::GetObjMem)
           .Build();
   return info;
 }

@@ -10,6 +10,11 @@ int main() {
   auto lib = New<clsZKRunTimeLib>();
   std::cout << "Init: " << (lib->Init() ? "True" : "False") << "\n";
 
+  // Compression runs in the module libtszlib.so, found beside the library.
+  SafeArray block = SafeArray::FromBytes(std::vector<uint8_t>(100, 'x'));
+  std::cout << "CompressData: " << (lib->GetObjMem()->CompressData(block) ? "True" : "False")
+            << "\n";
+
   Ref<Object> late = CreateObject(u"TSRuntimeLib.clsZKRunTimeLib");
   std::vector<Argument> args{{u"", Variant(int32_t{1})}};
   Invoke(*late, u"Language", InvokeKind::kLet, args);

@@ -10,8 +10,17 @@ packages=(
   qt6-base-dev xvfb xauth x11-xkb-utils
   clang libclang-rt-14-dev
   pybind11-dev python3-dev python3-pytest
-  coreutils
+  coreutils locales
 )
+
+# Toolchains of the binding examples (examples/gambas, examples/pascal). Only their tests
+# use them; CMake leaves those tests out where they are missing, and the library's own
+# build never needs them.
+binding_packages=(
+  fp-compiler
+  gambas3-devel gambas3-runtime
+)
+packages+=("${binding_packages[@]}")
 
 missing=()
 for p in "${packages[@]}"; do

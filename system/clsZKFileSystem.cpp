@@ -39,6 +39,25 @@ TSRUNTIME_DEFINE_CLASS(clsZKFileSystem) {
           .Method("IsFileExists", &Fs::IsFileExists, {"FileFullName"})
           .Method("FileKill", &Fs::FileKill, {"FileFullName", Opt("ForceRemove", true)})
           .Method("FileRename", &Fs::FileRename, {"FileFullName", "FileShortNameNew"})
+          .Method("IsPathExists", &Fs::IsPathExists, {"DirFullPath"})
+          .Method("IsDirEmpty", &Fs::IsDirEmpty, {"DirFullPath"})
+          .Method("DirsMake", &Fs::DirsMake, {"DirFullPath"})
+          .Method("DirRename", &Fs::DirRename, {"DirFullName", "DirShortNameNew"})
+          .Method("DirKill", &Fs::DirKill, {"DirFullName", Opt("ForceRemove", true)})
+          .Method("PathShort2Long", &Fs::PathShort2Long, {"PathShortName"})
+          .Method("GetDiskSpaceAll", &Fs::GetDiskSpaceAll, {"DiskName"})
+          .Method("GetDiskSpaceFree", &Fs::GetDiskSpaceFree, {"DiskName"})
+          .Method("GetSysFolderName", &Fs::GetSysFolderName, {"FolderType"})
+          .Method("NormalizePath", &Fs::NormalizePath,
+                  {"Expression", "ExpressionIsFolder", "BaseFolder"})
+          .Method("DirScan",
+                  [](Fs& fs, const String& name, Variant& dirs, Variant& files, bool add) {
+                    return fs.DirScan(name, ArrayArgument(dirs, VarType::kString),
+                                      ArrayArgument(files, VarType::kString), add);
+                  },
+                  {"DirFullName", Typed("DirsArray", ArrayOf(VarType::kString)),
+                   Typed("FilesArray", ArrayOf(VarType::kString)), Opt("AddToArrays", false)})
+          .Method("DirScanFiles", &Fs::DirScanFiles, {"RootFolder", "ResultCollection"})
           .Method("BinaryRead",
                   [](Fs& fs, const String& name, Variant& buffer) {
                     return fs.BinaryRead(name, ArrayArgument(buffer, VarType::kByte));

@@ -44,7 +44,8 @@ bool clsZKFileSystem::BinaryWrite(const String& FileFullName, const SafeArray& D
 bool clsZKFileSystem::StringRead(String& DataBuf, const String& FileFullName) {
   if (FileFullName.find(u'\0') != String::npos) return false;
   WholeFileReader file(ToUtf8(FileFullName));
-  if (!file.ok()) return false;
+  // A string holds fewer than 2^31 characters.
+  if (!file.ok() || file.size() > INT32_MAX) return false;
   try {
     std::vector<uint8_t> bytes(static_cast<size_t>(file.size()));
     if (!file.ReadAll(bytes.data(), bytes.size())) return false;

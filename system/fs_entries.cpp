@@ -1,57 +1,9 @@
 #include "fs_entries.h"
 
-#include <dirent.h>
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <cstdio>
 
 namespace tsruntime::fs_detail {
 namespace {
-
-struct DirCloser {
-  DIR* dir;
-  ~DirCloser() {
-    if (dir) ::closedir(dir);
-  }
-};
-
-// Calls `visit(name, is_folder)` for each entry of the open folder `fd` but "." and "..";
-// takes ownership of `fd`.
-template <class F>
-void ForEachEntry(int fd, const std::string& shown_path, F&& visit) {
-  DIR* dir = ::fdopendir(fd);
-  if (!dir) {
-    const int error = errno;
-    ::close(fd);
-    RaiseErrno(error, shown_path, Missing::kPath);
-  }
-  const DirCloser closer{dir};
-  for (;;) {
-    errno = 0;
-    const dirent* e = ::readdir(dir);
-    if (!e) {
-      if (errno != 0) RaiseErrno(errno, shown_path, Missing::kPath);
-      return;
-    }
-    const std::string_view name(e->d_name);
-    if (name == "." || name == "..") continue;
-    bool folder = e->d_type == DT_DIR;
-    if (e->d_type == DT_UNKNOWN) {
-      struct stat info;
-      folder = ::fstatat(::dirfd(dir), e->d_name, &info, AT_SYMLINK_NOFOLLOW) == 0 &&
-               S_ISDIR(info.st_mode);
-    }
-    visit(::dirfd(dir), std::string(name), folder);
-  }
-}
-
-int OpenFolder(int at, const std::string& name, const std::string& shown_path) {
-  const int fd = ::openat(at, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-  if (fd < 0) RaiseErrno(errno, shown_path, Missing::kPath);
-  return fd;
-}
 
 bool HoldsReadOnly(int at, const std::string& name, const std::string& shown_path) {
   struct stat info;
@@ -62,9 +14,10 @@ bool HoldsReadOnly(int at, const std::string& name, const std::string& shown_pat
   if (!S_ISLNK(info.st_mode) && IsReadOnly(info)) return true;
   if (!S_ISDIR(info.st_mode)) return false;
   bool found = false;
-  ForEachEntry(OpenFolder(at, name, shown_path), shown_path,
-               [&](int fd, const std::string& entry, bool) {
-                 found = found || HoldsReadOnly(fd, entry, shown_path + "/" + entry);
+  ForEachEntry(OpenFolder(at, name, shown_path, false), shown_path,
+               [&](int fd, std::string_view entry, EntryKind) {
+                 found = found || HoldsReadOnly(fd, std::string(entry),
+                                                shown_path + "/" + std::string(entry));
                });
   return found;
 }
@@ -76,9 +29,10 @@ void RemoveContent(int at, const std::string& name, const std::string& shown_pat
   if (::fstatat(at, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 && IsReadOnly(info)) {
     ::fchmodat(at, name.c_str(), (info.st_mode & 07777) | S_IWUSR, 0);
   }
-  ForEachEntry(OpenFolder(at, name, shown_path), shown_path,
-               [&](int fd, const std::string& entry, bool folder) {
-                 const std::string shown = shown_path + "/" + entry;
+  ForEachEntry(OpenFolder(at, name, shown_path, false), shown_path,
+               [&](int fd, std::string_view entry_name, EntryKind kind) {
+                 const std::string entry(entry_name), shown = shown_path + "/" + entry;
+                 const bool folder = kind == EntryKind::kFolder;
                  if (folder) RemoveContent(fd, entry, shown);
                  if (::unlinkat(fd, entry.c_str(), folder ? AT_REMOVEDIR : 0) != 0) {
                    RaiseErrno(errno, shown, Missing::kPath);

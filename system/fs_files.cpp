@@ -109,7 +109,8 @@ bool clsZKFileSystem::FileKill(const String& FileFullName, bool ForceRemove) {
     struct stat info;
     if (::lstat(path.c_str(), &info) != 0) RaiseErrno(errno, path, Missing::kFile);
     // A link is judged by what it names, and deleted itself.
-    if (S_ISLNK(info.st_mode)) ::stat(path.c_str(), &info);
+    struct stat target;
+    if (S_ISLNK(info.st_mode) && ::stat(path.c_str(), &target) == 0) info = target;
     if (S_ISDIR(info.st_mode)) RaiseRuntime(RuntimeError::kFileNotFound);
     if (!ForceRemove && IsReadOnly(info)) RaiseRuntime(RuntimeError::kPermissionDenied);
     if (::unlink(path.c_str()) != 0) RaiseErrno(errno, path, Missing::kFile);

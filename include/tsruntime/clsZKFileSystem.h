@@ -47,6 +47,7 @@
 #include "tsruntime/automation/dispatch.h"
 #include "tsruntime/automation/safearray.h"
 #include "tsruntime/clsZKDictionary.h"
+#include "tsruntime/errors.h"
 
 namespace tsruntime {
 
@@ -213,7 +214,7 @@ class clsZKFileSystem : public Object {
 
   // Reads a whole file as ANSI text, one character per byte, into `DataBuf` and returns
   // True; an empty file gives "". False, with `DataBuf` unchanged, for a missing or
-  // unreadable file or a folder.
+  // unreadable file, a folder, or a file of 2 GiB or more.
   bool StringRead(String& DataBuf, const String& FileFullName);
 
   // The content `StringRead` reads, or "" when it fails (or `FileFullName` is not text).

@@ -15,6 +15,7 @@
 #include "tsruntime/automation/dispatch.h"
 #include "tsruntime/clsZKArray.h"
 #include "tsruntime/clsZKFileSystem.h"
+#include "tsruntime/clsZKMem.h"
 #include "tsruntime/clsZKRegistry.h"
 #include "tsruntime/clsZKString.h"
 #include "tsruntime/clsZKSystem.h"
@@ -40,6 +41,7 @@ class clsZKRunTimeLib : public Object {
   Ref<clsZKSystem> GetObjSystem() const;
   Ref<clsZKArray> GetObjArray() const;
   Ref<clsZKRegistry> GetObjRegistry() const;
+  Ref<clsZKMem> GetObjMem() const;
 };
 
 }  // namespace tsruntime

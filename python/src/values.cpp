@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tsruntime/automation/convert.h"
+#include "tsruntime/automation/err_object.h"
 
 namespace tsruntime::python {
 namespace {
@@ -127,6 +128,17 @@ py::object DateToPython(Date value) {
 }
 
 Variant FromSequence(py::handle value, int depth);
+Variant ToVariantAt(py::handle value, int depth);
+
+// A caught AutomationError crosses as the host's Err object, its five fields converted
+// as arguments are.
+Variant ErrObjectFromPython(py::handle error, int depth) {
+  auto field = [&](const char* name) { return ToVariantAt(error.attr(name), depth + 1); };
+  return Variant(New<ErrObject>(Error(ToLong(field("number")), ToString(field("source")),
+                                      ToString(field("description")),
+                                      ToString(field("helpfile")),
+                                      ToLong(field("helpcontext")))));
+}
 
 Variant ToVariantAt(py::handle value, int depth) {
   if (value.is_none()) return Variant();
@@ -158,6 +170,9 @@ Variant ToVariantAt(py::handle value, int depth) {
   const Hooks& hooks = GetHooks();
   if (hooks.dispatch_class && py::isinstance(value, hooks.dispatch_class)) {
     return Variant(value.attr("_handle").cast<const ObjectHandle&>().object);
+  }
+  if (hooks.error_class && py::isinstance(value, hooks.error_class)) {
+    return ErrObjectFromPython(value, depth);
   }
   py::module_ datetime = Import("datetime");
   if (py::isinstance(value, datetime.attr("datetime"))) return Variant(DateFromPython(value, true));

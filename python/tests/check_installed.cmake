@@ -2,7 +2,7 @@
 # from there with the system Python (-I: nothing from the environment or the build tree may
 # help) and makes one late-bound call: the installed extension finds the installed library.
 file(REMOVE_RECURSE ${WORK_DIR})
-foreach(component Unspecified python)
+foreach(component runtime python)
   execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${WORK_DIR}/prefix
                           --component ${component}
                   OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)

@@ -8,10 +8,22 @@ Every object is late bound: its attributes are the members its class describes, 
 name in any case. This module holds no knowledge of any class. See docs/python.md.
 """
 
+import os
+import sys
 import weakref
 from types import SimpleNamespace
 
-from . import _tsruntime as _rt
+try:
+    from . import _tsruntime as _rt
+except ImportError as _cause:
+    raise ImportError(
+        f"tsruntime: the package in {os.path.dirname(os.path.abspath(__file__))} was found, "
+        f"but its extension does not load into {sys.executable} (Python "
+        f"{sys.version.split()[0]}): {_cause}. It is built for the system interpreter "
+        "(/usr/bin/python3); use that one, or an interpreter of the same Python version "
+        "with this folder's parent on its path (PYTHONPATH, or a .pth file in its "
+        "site-packages: `tsrt --python-path` prints the folder). See docs/python.md."
+    ) from _cause
 from ._tsruntime import Empty, ErrorValue, Missing, Nothing, Null, SafeArray
 # Conversion checks for the tests: Python -> Variant -> Python, and the type code taken.
 from ._tsruntime import _roundtrip, _vartype

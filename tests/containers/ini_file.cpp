@@ -1,6 +1,7 @@
 // clsZKIniFile on real files and on strings: reading rules, the one-line rewrite, the
 // load stamp and every error.
 #include <gtest/gtest.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include "containers/support.h"
@@ -223,22 +224,6 @@ TEST_F(IniFile, AnEmptySourceStringFallsBackToTheFile) {
   EXPECT_NE(ErrorNumberOf([&] { ini->LetSourceString(u" "); }), 0);
   EXPECT_EQ(ini->SourceString(), u"k = text") << "the old lines are kept";
   EXPECT_EQ(Lookup(*ini, u"k"), "file");
-}
-
-TEST_F(IniFile, LateBoundCallsWriteValueBufBackAndTakeTheSectionAsOptional) {
-  Put("late.ini", "top = t\r\n[S]\r\nk = v");
-  Ref<Object> ini = CreateObject(u"TSRuntimeLib.clsZKIniFile");
-  Call(*ini, u"FullName", InvokeKind::kLet, {Variant(Path("late.ini"))});
-  std::vector<Argument> args{{{}, Variant(String(u"top"))}, {{}, Variant(String(u"stale"))}};
-  EXPECT_EQ(Invoke(*ini, u"GetData", InvokeKind::kCall, args), Variant(true));
-  EXPECT_EQ(args[1].value, Variant(String(u"t")));
-  std::vector<Argument> named{{{}, Variant(String(u"k"))}, {{}, Variant(String())},
-                              {u"SectionName", Variant(String(u"S"))}};
-  EXPECT_EQ(Invoke(*ini, u"GetData", InvokeKind::kCall, named), Variant(true));
-  EXPECT_EQ(named[1].value, Variant(String(u"v")));
-  EXPECT_EQ(Call(*ini, u"PutData", InvokeKind::kCall, {Variant(String(u"k")), Variant(String(u"w")), Variant(String(u"S"))}),
-            Variant(true));
-  EXPECT_EQ(Get("late.ini"), "top = t\r\n[S]\r\nk = w");
 }
 
 }  // namespace

@@ -11,30 +11,59 @@ function(run)
   set(last_output "${out}" PARENT_SCOPE)
 endfunction()
 
-run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix} --component Unspecified)
-foreach(required include/tsruntime/clsZKRunTimeLib.h lib/cmake/tsruntime/tsruntimeConfig.cmake
-                 lib/pkgconfig/tsruntime.pc)
+foreach(component runtime development tools)
+  run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix} --component ${component})
+endforeach()
+foreach(required include/tsruntime/clsZKRunTimeLib.h include/tsruntime/tsruntime_c.h
+                 lib/cmake/tsruntime/tsruntimeConfig.cmake
+                 lib/pkgconfig/tsruntime.pc lib/libtszlib.so)
   if(NOT EXISTS ${prefix}/${required})
     message(FATAL_ERROR "not installed: ${required}")
   endif()
 endforeach()
 
+# The installed tsrt finds the installed library relative to itself: no ldconfig, no
+# LD_LIBRARY_PATH.
+set(ENV{LD_LIBRARY_PATH} "")
+run(${prefix}/bin/tsrt call clsZKRunTimeLib Init)
+if(NOT last_output STREQUAL "True\n")
+  message(FATAL_ERROR "the installed tsrt printed:\n${last_output}")
+endif()
+run(${prefix}/bin/tsrt --version)
+if(NOT last_output MATCHES "^tsrt \\(TSRuntimeLib\\) [0-9]+\\.[0-9]+\\.[0-9]+\n$")
+  message(FATAL_ERROR "the installed tsrt --version printed:\n${last_output}")
+endif()
+
 run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples -B ${WORK_DIR}/examples -G Ninja
     -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_BUILD_TYPE=Release)
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/examples)
 run(${WORK_DIR}/examples/hello_tsruntime)
-if(NOT last_output MATCHES "Init: True")
+if(NOT last_output MATCHES "Init: True\nCompressData: True")
   message(FATAL_ERROR "unexpected output of the sample host:\n${last_output}")
+endif()
+run(${WORK_DIR}/examples/hello_c)
+if(NOT last_output MATCHES "Filter: abc\nSelStart = 2")
+  message(FATAL_ERROR "unexpected output of the C host:\n${last_output}")
 endif()
 
 # The same sample built by hand with pkg-config, as a Makefile user would.
 set(ENV{PKG_CONFIG_PATH} ${prefix}/lib/pkgconfig)
+run(pkg-config --modversion tsruntime)
+if(NOT last_output STREQUAL "${VERSION}\n")
+  message(FATAL_ERROR "pkg-config --modversion printed ${last_output}, not ${VERSION}")
+endif()
 run(pkg-config --cflags --libs tsruntime)
 string(STRIP "${last_output}" flags)
 separate_arguments(flags UNIX_COMMAND "${flags}")
 run(c++ ${SOURCE_DIR}/examples/hello_tsruntime.cpp ${flags} -Wl,-rpath,${prefix}/lib
     -o ${WORK_DIR}/hello_pkgconfig)
 run(${WORK_DIR}/hello_pkgconfig)
-if(NOT last_output MATCHES "Init: True")
+if(NOT last_output MATCHES "Init: True\nCompressData: True")
   message(FATAL_ERROR "unexpected output of the pkg-config build:\n${last_output}")
+endif()
+run(cc -std=c11 ${SOURCE_DIR}/examples/hello_c.c ${flags} -Wl,-rpath,${prefix}/lib
+    -o ${WORK_DIR}/hello_c_pkgconfig)
+run(${WORK_DIR}/hello_c_pkgconfig)
+if(NOT last_output MATCHES "Filter: abc")
+  message(FATAL_ERROR "unexpected output of the C pkg-config build:\n${last_output}")
 endif()

@@ -1,12 +1,11 @@
-// A scratch folder per test, and raw file access that does not go through the library,
-// so that what the library wrote is checked by other means.
+// A scratch folder per test, raw file access that bypasses the library (so that what it
+// wrote is checked by other means), and outcomes as short comparable texts.
 #pragma once
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -19,6 +18,8 @@
 namespace tsruntime::testing {
 
 using Bytes = std::vector<uint8_t>;
+inline std::string Text(const Bytes& bytes) { return std::string(bytes.begin(), bytes.end()); }
+inline Bytes ToBytes(const std::string& text) { return Bytes(text.begin(), text.end()); }
 
 class FsTest : public ::testing::Test {
  protected:
@@ -27,17 +28,9 @@ class FsTest : public ::testing::Test {
     if (!::mkdtemp(pattern.data())) ADD_FAILURE() << "no scratch folder";
     root_ = pattern;
   }
-  ~FsTest() override {
-    std::error_code ignored;
-    // Read-only folders would stop an unprivileged removal.
-    for (auto it = std::filesystem::recursive_directory_iterator(root_, ignored);
-         it != std::filesystem::recursive_directory_iterator(); it.increment(ignored)) {
-      if (!it->is_symlink()) ::chmod(it->path().c_str(), 0755);
-    }
-    std::filesystem::remove_all(root_, ignored);
-  }
+  ~FsTest() override { std::filesystem::remove_all(root_); }
 
-  // The scratch folder, or a path inside it, in the kernel's form and as a String.
+  // A path in the scratch folder, in the kernel's form and as a String.
   std::string Native(const std::string& relative = "") const {
     return relative.empty() ? root_ : root_ + "/" + relative;
   }
@@ -66,14 +59,35 @@ class FsTest : public ::testing::Test {
     struct stat info;
     return ::stat(Native(relative).c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
   }
-  // Names in the scratch folder (or a folder in it), sorted.
-  std::vector<std::string> Listing(const std::string& relative = "") const {
+  // Names in a folder of the scratch folder: sorted, or in the kernel's listing order.
+  std::vector<std::string> Listing(const std::string& relative = "", bool sorted = true) const {
     std::vector<std::string> names;
     for (const auto& e : std::filesystem::directory_iterator(Native(relative))) {
       names.push_back(e.path().filename().string());
     }
-    std::sort(names.begin(), names.end());
+    if (sorted) std::sort(names.begin(), names.end());
     return names;
+  }
+
+  // "True" or "False", or what the call raised: "number source-operation: description",
+  // with CR LF as "|" and the scratch folder as "~".
+  template <class F>
+  std::string Run(F&& call) {
+    try {
+      return call() ? "True" : "False";
+    } catch (const Error& e) {
+      std::string text = std::to_string(e.number()) + " " + U8(e.source()) + ": " +
+                         U8(e.description()) + (e.helpFile().empty() ? "" : " with help");
+      const auto replace = [&](const std::string& from, const std::string& to) {
+        for (size_t at; (at = text.find(from)) != std::string::npos;) {
+          text.replace(at, from.size(), to);
+        }
+      };
+      replace("ZKRuntimeLib.clsZKFileSystem.", "");
+      replace("\r\n", "|");
+      replace(root_, "~");
+      return text;
+    }
   }
 
   Ref<clsZKFileSystem> fs_ = New<clsZKFileSystem>();
@@ -81,8 +95,5 @@ class FsTest : public ::testing::Test {
  private:
   std::string root_;
 };
-
-inline std::string Text(const Bytes& bytes) { return std::string(bytes.begin(), bytes.end()); }
-inline Bytes ToBytes(const std::string& text) { return Bytes(text.begin(), text.end()); }
 
 }  // namespace tsruntime::testing

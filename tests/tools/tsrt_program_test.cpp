@@ -27,9 +27,10 @@ std::string Slurp(const std::string& path) {
 }
 
 // Runs `tsrt ARGS` through the shell, as a user types it; the output goes through files.
-Outcome RunTsrt(const std::string& args) {
+Outcome RunTsrt(const std::string& args, const std::string& environment = "") {
   const std::string out = testing::TempDir() + "tsrt-" + std::to_string(getpid()) + ".out";
-  const std::string command = std::string(TSRT_PATH) + " " + args + " >" + out + " 2>" + out + "2";
+  const std::string command =
+      environment + std::string(TSRT_PATH) + " " + args + " >" + out + " 2>" + out + "2";
   const int status = std::system(command.c_str());
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Slurp(out), Slurp(out + "2")};
 }
@@ -140,6 +141,52 @@ TEST(Tsrt, ListsClassesMembersEnumerationsAndHelp) {
     EXPECT_EQ(r.code, 0) << c.args << ": " << r.err;
     for (const char* part : c.parts) EXPECT_THAT(r.out, testing::HasSubstr(part)) << c.args;
   }
+}
+
+TEST(Tsrt, OnErrorResumeNextKeepsEachFailureInErrForTheStatementsAfterIt) {
+  const struct {
+    const char* args;
+    int code;
+    const char* out;
+    const char* err;
+  } cases[] = {
+      {"call clsTSErrors On Error Resume Next : Nope : AddAsError Err : GetAsText", 0,
+       "\"[438] Object doesn't support this property or method\" & vbCrLf\n", ""},
+      {"call clsTSErrors on error resume next : Item 0 = 5 : Nope : AddAsError Err : Count", 0,
+       "1\n", ""},
+      {"call clsTSErrors AddAsError Err : GetAsText", 0, "vbCrLf\n", ""},
+      {"call clsTSErrors Nope : AddAsError Err", 1, "",
+       "Error 438 (ZKRuntimeLib): Object doesn't support this property or method\n"},
+  };
+  for (const auto& c : cases) {
+    const Outcome r = RunTsrt(c.args);
+    EXPECT_EQ(r.code, c.code) << c.args;
+    EXPECT_EQ(r.out, c.out) << c.args;
+    EXPECT_EQ(r.err, c.err) << c.args;
+  }
+}
+
+// The report in a KOI8-R terminal: the locale is built for the test, the expected bytes
+// come from iconv.
+TEST(Tsrt, TheErrorReportGoesToStandardErrorInTheTerminalsCharacterSet) {
+  const std::string dir = testing::TempDir() + "locales-" + std::to_string(getpid());
+  ASSERT_EQ(std::system(("mkdir -p " + dir + " && localedef -i ru_RU -f KOI8-R " + dir +
+                         "/ru_RU.KOI8-R 2>/dev/null").c_str()),
+            0)
+      << "localedef and the locales package are needed";
+  const std::string expected_file = dir + "/expected";
+  ASSERT_EQ(std::system(("printf 'Программа:\\tСклад\\r\\n\\r\\n  --> [5] Нет файла\\r\\n' | "
+                         "iconv -f UTF-8 -t KOI8-R > " + expected_file).c_str()),
+            0);
+  const std::string call =
+      R"(call clsTSErrors ProgramName = '"Склад"' : Add '"Нет файла"' 5 : ShowErrorMessage)";
+  const Outcome koi8 = RunTsrt(call, "LOCPATH=" + dir + " LC_ALL=ru_RU.KOI8-R ");
+  const Outcome ascii = RunTsrt(call, "LC_ALL=C ");
+  EXPECT_EQ(koi8.code, 0);
+  EXPECT_EQ(koi8.err, Slurp(expected_file));
+  EXPECT_EQ(ascii.err, "Программа:\tСклад\r\n\r\n  --> [5] Нет файла\r\n")
+      << "the C locale's ASCII is taken as UTF-8";
+  std::system(("rm -rf " + dir).c_str());
 }
 
 }  // namespace

@@ -1,14 +1,18 @@
 #include "commands.h"
 
 #include <algorithm>
+#include <cctype>
 #include <span>
 #include <stdexcept>
+#include <string_view>
 
 #include "help.h"
 #include "literal_parser.h"
 #include "literal_printer.h"
+#include "python_path.h"
 #include "tsruntime/automation/dispatch.h"
 #include "tsruntime/registry_file.h"
+#include "tsruntime/automation/err_object.h"
 #include "type_listing.h"
 
 namespace tsrt {
@@ -32,11 +36,21 @@ class UsageError : public std::runtime_error {
 using Words = std::span<const std::string>;
 
 // One invocation on the object: a call, or an assignment when written "... = VALUE".
+// "On Error Resume Next" is a statement too: later failures are kept in `Err` instead
+// of ending the run.
 struct Statement {
   String member;
   InvokeKind kind = InvokeKind::kCall;
   std::vector<Argument> args;  // for an assignment the value comes last
+  std::vector<size_t> err_args;  // arguments written `Err`: the last error, when run
+  bool resume_next = false;
 };
+
+bool SameWordNoCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+    return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+  });
+}
 
 Argument ReadArgument(const std::string& word) {
   try {
@@ -62,9 +76,22 @@ Argument ReadAssignedValue(const std::string& word) {
 Statement ReadStatement(Words words) {
   if (words.empty() || words[0] == "=") throw UsageError("a member name is missing");
   Statement s;
+  static constexpr std::string_view kResumeNext[] = {"On", "Error", "Resume", "Next"};
+  if (std::equal(words.begin(), words.end(), std::begin(kResumeNext), std::end(kResumeNext),
+                 SameWordNoCase)) {
+    s.resume_next = true;
+    return s;
+  }
   s.member = tsruntime::FromUtf8(words[0]);
   const auto eq = std::find(words.begin() + 1, words.end(), "=");
-  s.args = ReadArguments({words.begin() + 1, eq});
+  for (auto w = words.begin() + 1; w != eq; ++w) {
+    if (SameWordNoCase(*w, "Err")) {
+      s.err_args.push_back(s.args.size());
+      s.args.push_back({});
+    } else {
+      s.args.push_back(ReadArgument(*w));
+    }
+  }
   if (eq != words.end()) {
     if (words.end() - eq != 2) throw UsageError("'=' takes exactly one value");
     s.kind = InvokeKind::kLet;
@@ -106,7 +133,23 @@ void RunStatements(const std::string& class_name, std::vector<Statement> stateme
                    std::ostream& out) {
   const tsruntime::Ref<tsruntime::Object> object =
       tsruntime::CreateObject(tsruntime::FromUtf8(class_name));
-  for (Statement& s : statements) Execute(*object, s, out);
+  bool resume_next = false;
+  tsruntime::Error last(0, {}, {});  // Err before anything failed: number 0, no text
+  for (Statement& s : statements) {
+    if (s.resume_next) {
+      resume_next = true;
+      continue;
+    }
+    for (size_t i : s.err_args) {
+      s.args[i].value = Variant(tsruntime::New<tsruntime::ErrObject>(last));
+    }
+    try {
+      Execute(*object, s, out);
+    } catch (const tsruntime::Error& e) {
+      if (!resume_next) throw;
+      last = e;
+    }
+  }
 }
 
 void ExpectCount(Words args, size_t least, size_t most, const char* command) {
@@ -157,6 +200,14 @@ int Dispatch(const std::vector<std::string>& words, std::ostream& out) {
   const Words args = Words(words).subspan(1);
   if (command == "--help" || command == "-h" || command == "help") {
     out << kHelp;
+  } else if (command == "--version") {
+    ExpectCount(args, 0, 0, "--version");
+    out << "tsrt (TSRuntimeLib) " TSRUNTIME_VERSION "\n";
+  } else if (command == "--python-path") {
+    ExpectCount(args, 0, 0, "--python-path");
+    const auto folder = PythonPackageFolder();
+    if (!folder) throw UsageError("the Python package tsruntime is not installed beside tsrt");
+    out << *folder << "\n";
   } else if (command == "classes") {
     ExpectCount(args, 0, 0, "classes");
     out << ListClasses(tsruntime::RegisteredClasses());

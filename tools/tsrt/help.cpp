@@ -9,7 +9,7 @@ const char kUsage[] =
     "       tsrt call CLASS MEMBER [ARG ...] [: MEMBER [ARG ...] [= VALUE] ...]\n"
     "       tsrt let CLASS MEMBER [ARG ...] VALUE\n"
     "       tsrt reg export ROOT\\KEY FILE | tsrt reg import FILE\n"
-    "       tsrt --help\n";
+    "       tsrt --help | --version | --python-path\n";
 
 const char kHelp[] =
     "tsrt: the command-line host of TSRuntimeLib.\n"
@@ -20,7 +20,7 @@ const char kHelp[] =
     "       tsrt call CLASS MEMBER [ARG ...] [: MEMBER [ARG ...] [= VALUE] ...]\n"
     "       tsrt let CLASS MEMBER [ARG ...] VALUE\n"
     "       tsrt reg export ROOT\\KEY FILE | tsrt reg import FILE\n"
-    "       tsrt --help\n"
+    "       tsrt --help | --version | --python-path\n"
     "\n"
     "Commands\n"
     "  classes   every registered class with its ProgID TSRuntimeLib.<Class>;\n"
@@ -39,6 +39,9 @@ const char kHelp[] =
     "            or HKCU\\...) with all keys below it to FILE in the registry's text\n"
     "            export format (UTF-16, \"Windows Registry Editor Version 5.00\");\n"
     "            import writes the keys and values of such a file into the registry.\n"
+    "  --version      the library's version.\n"
+    "  --python-path  the folder holding the Python package tsruntime, for adding it\n"
+    "                 to another interpreter (PYTHONPATH, or a .pth file).\n"
     "\n"
     "Each ARG is one shell word: a literal, Name:=literal for a named argument, or an\n"
     "empty word ('') to leave a positional argument out, as Missing does.\n"

@@ -1,0 +1,92 @@
+// Disk sizes, system folders and NormalizePath: answers that never raise.
+#include <sys/statvfs.h>
+
+#include <cstdlib>
+
+#include "system/fs_fixture.h"
+
+namespace tsruntime::testing {
+namespace {
+
+class Queries : public FsTest {
+ protected:
+  ~Queries() override {
+    if (!cwd_.empty()) std::filesystem::current_path(cwd_);
+  }
+  std::filesystem::path cwd_ = std::filesystem::current_path();
+};
+
+TEST_F(Queries, GetSysFolderNameEndsInExactlyOneSeparator) {
+  const struct {
+    const char* what;
+    int32_t type;
+    const char* tmpdir;
+    std::string folder;
+  } rows[] = {
+      {"the Windows folder stands for system-wide settings", 0, nullptr, "/etc/"},
+      {"the system folder for system libraries", 1, nullptr, "/usr/lib/"},
+      {"the temporary folder without TMPDIR", 2, nullptr, "/tmp/"},
+      {"TMPDIR's trailing separators become one", 2, "/var/tmp//", "/var/tmp/"},
+      {"TMPDIR without one gets one", 2, "/scratch/Временная", "/scratch/Временная/"},
+      {"TMPDIR passes through the ANSI code page", 2, "/tmp/漢", "/tmp/?/"},
+      {"an unknown type", 3, nullptr, ""},
+  };
+  const char* old = std::getenv("TMPDIR");
+  const std::string kept = old ? old : "";
+  for (const auto& r : rows) {
+    r.tmpdir ? ::setenv("TMPDIR", r.tmpdir, 1) : ::unsetenv("TMPDIR");
+    EXPECT_EQ(U8(fs_->GetSysFolderName(static_cast<xeZK_GETSYSFOLDER>(r.type))), r.folder)
+        << r.what;
+  }
+  old ? ::setenv("TMPDIR", kept.c_str(), 1) : ::unsetenv("TMPDIR");
+}
+
+// The expected answer from the kernel's own figures, with the 2 GiB limit applied.
+int32_t Limited(uint64_t bytes) { return bytes < (uint64_t{1} << 31) ? int32_t(bytes) : -1; }
+
+TEST_F(Queries, DiskSpaceIsThe32BitCountOrMinusOne) {
+  for (const std::string& disk : {std::string("/"), Native(), std::string("/dev/shm"),
+                                  std::string("/run"), std::string("/dev")}) {
+    struct statvfs info;
+    if (::statvfs(disk.c_str(), &info) != 0) continue;
+    EXPECT_EQ(fs_->GetDiskSpaceAll(FromUtf8(disk)), Limited(uint64_t{info.f_frsize} * info.f_blocks))
+        << disk;
+    EXPECT_EQ(fs_->GetDiskSpaceFree(FromUtf8(disk)),
+              Limited(uint64_t{info.f_frsize} * info.f_bavail))
+        << disk;
+  }
+  EXPECT_EQ(fs_->GetDiskSpaceAll(Path("none")), -1) << "a path that is not there";
+  EXPECT_EQ(fs_->GetDiskSpaceFree(u""), -1) << "no path at all";
+}
+
+TEST_F(Queries, NormalizePathResolvesAgainstABaseFolderItLeavesCurrent) {
+  MakeFolder("base/sub");
+  const std::string base = Native("base");
+  const struct {
+    const char* what;
+    String expression;
+    bool folder;
+    String base_folder;
+    std::string result;
+    std::string cwd_after;
+  } rows[] = {
+      {"a relative name against the base", u"x.txt", false, Path("base"), base + "/x.txt", base},
+      {"'..' and '.' are resolved", u"./sub/../../y", false, Path("base"), Native("y"), base},
+      {"an empty base keeps the current folder", u"sub", false, u"", base + "/sub", base},
+      {"a folder gets one separator", u"sub//", true, Path("base/sub/.."), base + "/sub/",
+       base},
+      {"an absolute name ignores the base but the base is entered", Path("a/./b/"), false,
+       Path("base"), Native("a/b"), base},
+      {"the root as a folder gets its separator all the same", u"/", true, u"", "//", base},
+      {"a base that cannot be entered is ignored", u"z", false, Path("none"), base + "/z", base},
+      {"nothing at all is the current folder", u"", false, u"", base, base},
+      {"a name holding NUL gives nothing", String(u"a\0b", 3), false, u"", "", base},
+  };
+  for (const auto& r : rows) {
+    EXPECT_EQ(U8(fs_->NormalizePath(r.expression, r.folder, r.base_folder)), r.result) << r.what;
+    EXPECT_EQ(std::filesystem::current_path().string(), r.cwd_after) << r.what;
+  }
+}
+
+}  // namespace
+}  // namespace tsruntime::testing

@@ -1,0 +1,148 @@
+// DirScan and DirScanFiles: what is listed, in which order, and how the tables grow.
+#include <functional>
+
+#include "system/fs_fixture.h"
+
+namespace tsruntime::testing {
+namespace {
+
+class Scanning : public FsTest {
+ protected:
+  // What DirScan should list of a folder: its kernel listing without the leading run of
+  // dot-names, as "name|full path" rows of folders (`folders`) or of the rest.
+  std::vector<std::string> Expected(const std::string& folder, bool folders) const {
+    std::vector<std::string> rows;
+    bool leading = true;
+    for (const std::string& name : Listing(folder, false)) {
+      if (leading && name[0] == '.') continue;
+      leading = false;
+      if (std::filesystem::is_directory(Native(folder + "/" + name)) == folders) {
+        rows.push_back(name + "|" + Native(folder + "/" + name));
+      }
+    }
+    return rows.empty() ? std::vector<std::string>{"-1 to -1"} : rows;
+  }
+};
+
+// A (column, row) table as "name|path" rows, or "-1 to -1".
+std::vector<std::string> Rows(const SafeArray& table) {
+  EXPECT_EQ(table.bounds().front().upper, 1) << "two columns";
+  if (table.ubound(2) == -1) return {std::to_string(table.lbound(2)) + " to -1"};
+  std::vector<std::string> rows;
+  for (int32_t row = table.lbound(2); row <= table.ubound(2); ++row) {
+    rows.push_back(U8(ToString(table.get(0, row))) + "|" + U8(ToString(table.get(1, row))));
+  }
+  return rows;
+}
+
+TEST_F(Scanning, DirScanListsFoldersAndFilesInListingOrderAfterTheLeadingDotNames) {
+  Put("d/Файл один.txt", "");
+  MakeFolder("d/Папка");
+  MakeFolder("other");
+  Link("d/to-other", Native("other"));
+  Link("d/to-file", Native("d/Файл один.txt"));
+  Link("d/dangling", Native("none"));
+  // Dot-names and plain names until a dot-name is listed after a plain one, so that
+  // both halves of the rule are seen.
+  for (int i = 0; i < 64; ++i) {
+    Put("d/.dot" + std::to_string(i), "");
+    Put("d/plain" + std::to_string(i), "");
+    const auto order = Listing("d", false);
+    const auto plain = std::find_if(order.begin(), order.end(), [](auto& n) { return n[0] != '.'; });
+    if (plain != order.begin() &&
+        std::any_of(plain, order.end(), [](auto& n) { return n[0] == '.'; })) {
+      break;
+    }
+  }
+  SafeArray dirs(VarType::kString), files(VarType::kString);
+  for (const String& path : {Path("d"), Path("d///")}) {
+    ASSERT_TRUE(fs_->DirScan(path, dirs, files));
+    EXPECT_EQ(Rows(dirs), Expected("d", true)) << "links to folders among the folders";
+    EXPECT_EQ(Rows(files), Expected("d", false)) << "links to files and dangling links";
+    EXPECT_EQ(dirs.elementType(), VarType::kString);
+  }
+}
+
+TEST_F(Scanning, DirScanTablesStartAnewOrGrow) {
+  Put("one/a.txt", "");
+  MakeFolder("one/sub");
+  Put("two/b.txt", "");
+  MakeFolder("empty");
+  const std::vector<std::string> none{"-1 to -1"}, sub{"sub|" + Native("one/sub")},
+      a{"a.txt|" + Native("one/a.txt")}, b{"b.txt|" + Native("two/b.txt")},
+      ab{a[0], b[0]};
+  SafeArray dirs(VarType::kString), files(VarType::kString);
+  const struct {
+    const char* what;
+    std::string folder;
+    bool add, result;
+    std::vector<std::string> dirs, files;
+  } rows[] = {
+      {"an empty folder gives two empty tables", "empty", false, true, none, none},
+      {"appending to empty tables starts at row 0", "one", true, true, sub, a},
+      {"appending again goes after the rows there", "two", true, true, sub, ab},
+      {"a missing folder while appending keeps the tables", "none", true, false, sub, ab},
+      {"an empty folder while appending adds nothing", "empty", true, true, sub, ab},
+      {"without appending the tables start anew", "two", false, true, none, b},
+      {"a missing folder empties both tables", "none", false, false, none, none},
+  };
+  for (const auto& r : rows) {
+    EXPECT_EQ(fs_->DirScan(Path(r.folder), dirs, files, r.add), r.result) << r.what;
+    EXPECT_EQ(Rows(dirs), r.dirs) << r.what;
+    EXPECT_EQ(Rows(files), r.files) << r.what;
+  }
+  SafeArray never(VarType::kString), kept(VarType::kString, {{0, 1}, {0, 0}});
+  EXPECT_FALSE(fs_->DirScan(Path("none"), never, kept, true));
+  EXPECT_EQ(Rows(never), none) << "a table never dimensioned becomes empty";
+  EXPECT_EQ(Rows(kept), std::vector<std::string>{"|"}) << "a table with a row is kept";
+  SafeArray list = SafeArray::FromStrings({u"x"});
+  EXPECT_EQ(Run([&] { return fs_->DirScan(Path("one"), list, files, true); }),
+            std::to_string(xcZKERR_FS_DIRSCAN) +
+                " DirScan: Subscript out of range|DirFullName = '~/one'")
+      << "a one-dimensional table has no row bound to continue from";
+}
+
+TEST_F(Scanning, DirScanFilesAddsEveryFilePathFolderFilesFirst) {
+  for (const char* file : {"t/a.txt", "t/sub/b.txt", "t/sub/deeper/c.txt", "t/Вторая папка/d e",
+                           "t/z.txt"}) {
+    Put(file, "");
+  }
+  MakeFolder("t/empty");
+  Link("t/loop", Native("t"));
+  Link("t/to-file", Native("t/a.txt"));
+  std::vector<std::string> expected;  // a folder's files in listing order, then its subfolders'
+  std::function<void(const std::string&)> walk = [&](const std::string& folder) {
+    std::vector<std::string> subfolders;
+    for (const std::string& name : Listing(folder, false)) {
+      const std::filesystem::path path = Native(folder + "/" + name);
+      if (!std::filesystem::is_directory(path)) expected.push_back(path.string());
+      if (std::filesystem::is_directory(path) && !std::filesystem::is_symlink(path)) {
+        subfolders.push_back(folder + "/" + name);
+      }
+    }
+    for (const auto& sub : subfolders) walk(sub);
+  };
+  walk("t");
+  for (const String& root : {Path("t"), Path("t/"), Path("t/sub/..")}) {
+    auto found = New<clsZKDictionary>();
+    ASSERT_TRUE(fs_->DirScanFiles(root, found)) << U8(root);
+    std::vector<std::string> keys;
+    for (int32_t i = 0; i < found->Count(); ++i) {
+      keys.push_back(U8(ToString(found->Key(Variant(i)))));
+      EXPECT_EQ(found->Data(Variant(i)), found->Key(Variant(i))) << "data is the path too";
+    }
+    EXPECT_EQ(keys, expected) << U8(root);
+  }
+  std::filesystem::current_path(Native());
+  auto relative = New<clsZKDictionary>();
+  ASSERT_TRUE(fs_->DirScanFiles(u"t/sub/deeper", relative));
+  std::filesystem::current_path("/");
+  EXPECT_EQ(U8(ToString(relative->Key(Variant(0)))), Native("t/sub/deeper/c.txt"))
+      << "a relative root gives absolute paths";
+  EXPECT_FALSE(fs_->DirScanFiles(Path("t"), nullptr)) << "no dictionary";
+  EXPECT_FALSE(fs_->DirScanFiles(Path("none"), New<clsZKDictionary>())) << "no folder";
+  EXPECT_FALSE(fs_->DirScanFiles(Path("t/a.txt"), New<clsZKDictionary>())) << "a file";
+}
+
+}  // namespace
+}  // namespace tsruntime::testing
