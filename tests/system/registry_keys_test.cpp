@@ -7,7 +7,6 @@
 
 #include "support/outcome.h"
 #include "system/registry_support.h"
-#include "tsruntime/clsZKRunTimeLib.h"
 
 namespace tsruntime {
 namespace {
@@ -173,16 +172,6 @@ TEST_F(RegistryKeys, TheStoreLivesInTheUsersConfigFolderUnlessMoved) {
   }
   unsetenv("XDG_CONFIG_HOME");
   setenv("HOME", saved_home.c_str(), 1);
-}
-
-TEST_F(RegistryKeys, TheRootObjectHandsOutANewRegistryObjectOnEachRead) {
-  auto lib = New<clsZKRunTimeLib>();
-  std::vector<Argument> none;
-  const Variant a = Invoke(*lib, u"GetObjRegistry", InvokeKind::kCall, none);
-  const Variant b = Invoke(*lib, u"GetObjRegistry", InvokeKind::kCall, none);
-  ASSERT_TRUE(a.isObject());
-  EXPECT_EQ(a.asObject()->classInfo().name, u"clsZKRegistry");
-  EXPECT_NE(a.asObject().get(), b.asObject().get());
 }
 
 }  // namespace

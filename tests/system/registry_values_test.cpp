@@ -181,34 +181,5 @@ TEST_F(RegistryValues, BinaryValuesKeepEveryByteAndAnEmptyOneReadsAsAFailure) {
   for (const Case& c : cases) EXPECT_EQ(c.run(), c.expected) << c.what;
 }
 
-TEST_F(RegistryValues, LateBoundCallsWriteBlnErrorBackAndTakeTheirDefaults) {
-  Ref<Object> obj = CreateObject(u"TSRuntimeLib.clsZKRegistry");
-  std::vector<Argument> set{
-      {{}, Variant(int32_t{HKCU})}, {{}, kKey}, {{}, u"Name"}, {{}, u"значение"}};
-  EXPECT_EQ(Invoke(*obj, u"SetString", InvokeKind::kCall, set), Variant(true));
-
-  std::vector<Argument> get{
-      {{}, Variant(int32_t{HKCU})}, {{}, kKey}, {{}, u"Name"}, {u"blnError", Variant(true)}};
-  EXPECT_EQ(Invoke(*obj, u"GetString", InvokeKind::kCall, get), Variant(u"значение"));
-  EXPECT_EQ(get[3].value, Variant(false));
-
-  std::vector<Argument> missing{{{}, Variant(int32_t{HKCU})},
-                                {{}, kKey},
-                                {{}, u"Other"},
-                                {u"lngDefault", Variant(int32_t{9})},
-                                {u"blnError", Variant(false)}};
-  EXPECT_EQ(Invoke(*obj, u"GetLong", InvokeKind::kCall, missing), Variant(int32_t{9}));
-  EXPECT_EQ(missing[4].value, Variant(true));
-
-  std::vector<Argument> bytes{{{}, Variant(int32_t{HKCU})},
-                              {{}, kKey},
-                              {{}, u"B"},
-                              {{}, Variant(SafeArray::FromBytes(std::vector<uint8_t>{7, 8}))}};
-  EXPECT_EQ(Invoke(*obj, u"SetBinary", InvokeKind::kCall, bytes), Variant(true));
-  std::vector<Argument> read{{{}, Variant(int32_t{HKCU})}, {{}, kKey}, {{}, u"B"}};
-  EXPECT_EQ(Invoke(*obj, u"GetBinary", InvokeKind::kCall, read),
-            Variant(SafeArray::FromBytes(std::vector<uint8_t>{7, 8})));
-}
-
 }  // namespace
 }  // namespace tsruntime

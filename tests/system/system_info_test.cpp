@@ -89,13 +89,16 @@ TEST(SystemInfo, ObjectFromPtrTurnsAnAddressFromObjPtrIntoANewReference) {
   EXPECT_EQ(sys->ObjPtr(nullptr), 0.0);
 }
 
-TEST(SystemInfo, TheRootObjectHandsOutSystemObjects) {
+TEST(SystemInfo, TheRootObjectHandsOutANewSystemAndRegistryObjectOnEachRead) {
   auto lib = New<clsZKRunTimeLib>();
-  std::vector<Argument> none;
-  const Variant a = Invoke(*lib, u"GetObjSystem", InvokeKind::kCall, none);
-  ASSERT_TRUE(a.isObject());
-  EXPECT_EQ(a.asObject()->classInfo().name, u"clsZKSystem");
-  EXPECT_NE(lib->GetObjSystem().get(), lib->GetObjSystem().get());
+  for (const char16_t* member : {u"GetObjSystem", u"GetObjRegistry"}) {
+    std::vector<Argument> none;
+    const Variant a = Invoke(*lib, member, InvokeKind::kCall, none);
+    const Variant b = Invoke(*lib, member, InvokeKind::kCall, none);
+    ASSERT_TRUE(a.isObject());
+    EXPECT_EQ(u"GetObj" + a.asObject()->classInfo().name.substr(5), String(member));
+    EXPECT_NE(a.asObject().get(), b.asObject().get());
+  }
 }
 
 }  // namespace
