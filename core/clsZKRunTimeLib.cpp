@@ -11,7 +11,9 @@ Ref<clsZKFileSystem> clsZKRunTimeLib::GetObjFileSystem() const {
   return New<clsZKFileSystem>();
 }
 Ref<clsZKString> clsZKRunTimeLib::GetObjString() const { return New<clsZKString>(); }
+Ref<clsZKSystem> clsZKRunTimeLib::GetObjSystem() const { return New<clsZKSystem>(); }
 Ref<clsZKArray> clsZKRunTimeLib::GetObjArray() const { return New<clsZKArray>(); }
+Ref<clsZKRegistry> clsZKRunTimeLib::GetObjRegistry() const { return New<clsZKRegistry>(); }
 Ref<clsZKMem> clsZKRunTimeLib::GetObjMem() const { return New<clsZKMem>(); }
 
 TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
@@ -23,7 +25,9 @@ TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
           .Get("Language", &clsZKRunTimeLib::Language)
           .Get("GetObjFileSystem", &clsZKRunTimeLib::GetObjFileSystem)
           .Get("GetObjString", &clsZKRunTimeLib::GetObjString)
+          .Get("GetObjSystem", &clsZKRunTimeLib::GetObjSystem)
           .Get("GetObjArray", &clsZKRunTimeLib::GetObjArray)
+          .Get("GetObjRegistry", &clsZKRunTimeLib::GetObjRegistry)
           .Get("GetObjMem", &clsZKRunTimeLib::GetObjMem)
           .Build();
   return info;

@@ -16,7 +16,9 @@
 #include "tsruntime/clsZKArray.h"
 #include "tsruntime/clsZKFileSystem.h"
 #include "tsruntime/clsZKMem.h"
+#include "tsruntime/clsZKRegistry.h"
 #include "tsruntime/clsZKString.h"
+#include "tsruntime/clsZKSystem.h"
 #include "tsruntime/errors.h"
 
 namespace tsruntime {
@@ -36,7 +38,9 @@ class clsZKRunTimeLib : public Object {
   // Service objects: a new one on every read; the caller owns it.
   Ref<clsZKFileSystem> GetObjFileSystem() const;
   Ref<clsZKString> GetObjString() const;
+  Ref<clsZKSystem> GetObjSystem() const;
   Ref<clsZKArray> GetObjArray() const;
+  Ref<clsZKRegistry> GetObjRegistry() const;
   Ref<clsZKMem> GetObjMem() const;
 };
 

@@ -24,6 +24,8 @@ done
 check "the runtime holds the library" holds libtsruntime1 '/usr/lib/.*/libtsruntime\.so\.1$'
 check "the runtime holds no link-time name" bash -c "! dpkg-deb -c $(deb libtsruntime1) | grep -q 'libtsruntime\.so$'"
 check "the runtime holds the compression module" holds libtsruntime1 '/usr/lib/.*/libtszlib\.so$'
+check "the runtime holds the user-interface module" holds libtsruntime1 '/usr/lib/.*/libtsruntime-ui\.so$'
+check "the runtime depends on Qt 6 Widgets, for its user-interface module" depends libtsruntime1 'libqt6widgets6'
 check "the runtime depends on ICU" depends libtsruntime1 'libicu[0-9]+'
 check "the runtime depends on zlib, for its compression module" depends libtsruntime1 'zlib1g'
 check "the runtime carries the ldconfig trigger" bash -c \

@@ -11,6 +11,7 @@
 #include "literal_printer.h"
 #include "python_path.h"
 #include "tsruntime/automation/dispatch.h"
+#include "tsruntime/registry_file.h"
 #include "tsruntime/automation/err_object.h"
 #include "type_listing.h"
 
@@ -179,6 +180,20 @@ void ListEnums(Words args, std::ostream& out) {
   throw UsageError("no enumeration named " + args[0] + " (tsrt enums lists them)");
 }
 
+// "reg export ROOT\KEY FILE" and "reg import FILE": the registry store to and from its
+// text export format.
+void RegistryCommand(Words args) {
+  if (!args.empty() && args[0] == "export") {
+    ExpectCount(args, 3, 3, "reg export");
+    tsruntime::ExportRegistryKey(tsruntime::FromUtf8(args[1]), args[2]);
+  } else if (!args.empty() && args[0] == "import") {
+    ExpectCount(args, 2, 2, "reg import");
+    tsruntime::ImportRegistryFile(args[1]);
+  } else {
+    throw UsageError("reg takes export or import");
+  }
+}
+
 int Dispatch(const std::vector<std::string>& words, std::ostream& out) {
   if (words.empty()) throw UsageError("no command given");
   const std::string& command = words[0];
@@ -213,6 +228,8 @@ int Dispatch(const std::vector<std::string>& words, std::ostream& out) {
     s.args = ReadArguments(args.subspan(2, args.size() - 3));
     s.args.push_back(ReadAssignedValue(args.back()));
     RunStatements(args[0], {std::move(s)}, out);
+  } else if (command == "reg") {
+    RegistryCommand(args);
   } else {
     throw UsageError("unknown command " + command);
   }

@@ -8,6 +8,7 @@ const char kUsage[] =
     "       tsrt enums [NAME]\n"
     "       tsrt call CLASS MEMBER [ARG ...] [: MEMBER [ARG ...] [= VALUE] ...]\n"
     "       tsrt let CLASS MEMBER [ARG ...] VALUE\n"
+    "       tsrt reg export ROOT\\KEY FILE | tsrt reg import FILE\n"
     "       tsrt --help | --version | --python-path\n";
 
 const char kHelp[] =
@@ -18,6 +19,7 @@ const char kHelp[] =
     "       tsrt enums [NAME]\n"
     "       tsrt call CLASS MEMBER [ARG ...] [: MEMBER [ARG ...] [= VALUE] ...]\n"
     "       tsrt let CLASS MEMBER [ARG ...] VALUE\n"
+    "       tsrt reg export ROOT\\KEY FILE | tsrt reg import FILE\n"
     "       tsrt --help | --version | --python-path\n"
     "\n"
     "Commands\n"
@@ -33,6 +35,10 @@ const char kHelp[] =
     "            statements on the same object follow after a \":\" word; one written\n"
     "            \"MEMBER [ARG ...] = VALUE\" assigns a property and prints nothing.\n"
     "  let       creates a new object and assigns VALUE to the property MEMBER.\n"
+    "  reg       export writes the registry key ROOT\\KEY (HKEY_CURRENT_USER\\Software\\Acme,\n"
+    "            or HKCU\\...) with all keys below it to FILE in the registry's text\n"
+    "            export format (UTF-16, \"Windows Registry Editor Version 5.00\");\n"
+    "            import writes the keys and values of such a file into the registry.\n"
     "  --version      the library's version.\n"
     "  --python-path  the folder holding the Python package tsruntime, for adding it\n"
     "                 to another interpreter (PYTHONPATH, or a .pth file).\n"
