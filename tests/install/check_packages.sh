@@ -27,6 +27,8 @@ check "the runtime holds the compression module" holds libtsruntime1 '/usr/lib/.
 check "the runtime holds the user-interface module" holds libtsruntime1 '/usr/lib/.*/libtsruntime-ui\.so$'
 check "the runtime depends on Qt 6 Widgets, for its user-interface module" depends libtsruntime1 'libqt6widgets6'
 check "the runtime depends on ICU" depends libtsruntime1 'libicu[0-9]+'
+check "the runtime depends on SQLite, for the registry store" depends libtsruntime1 'libsqlite3-0'
+check "the runtime depends on libuuid, for GUIDs" depends libtsruntime1 'libuuid1'
 check "the runtime depends on zlib, for its compression module" depends libtsruntime1 'zlib1g'
 check "the runtime carries the ldconfig trigger" bash -c \
   "dpkg-deb --ctrl-tarfile $(deb libtsruntime1) | tar x -O ./triggers | grep -qx 'activate-noawait ldconfig'"
