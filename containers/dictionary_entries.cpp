@@ -214,6 +214,9 @@ void EntryList::linkAfter(Node* left, Node* right, size_t left_count, size_t rig
 }
 
 void EntryList::erase(Entry& entry) {
+  // The value goes last, once the list is whole again: releasing it may run a host's
+  // code, which may reach this list.
+  const Variant released = std::move(entry.value);
   index_.erase(entry.foldedKey());
   path_length_ = 0;
   Leaf* leaf = entry.leaf;
@@ -275,11 +278,12 @@ void EntryList::rebalance(Node* node) {
 }
 
 void EntryList::clear() {
+  // Emptied before the entries are freed, for the same reason as in erase.
+  Node* old = std::exchange(root_, nullptr);
   index_.clear();
   path_length_ = 0;
-  if (root_) DeleteTree(root_);
-  root_ = nullptr;
   size_ = 0;
+  if (old) DeleteTree(old);
 }
 
 void EntryList::forEach(const std::function<void(const Entry&)>& visit) const {

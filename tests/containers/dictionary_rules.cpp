@@ -131,5 +131,26 @@ TEST(DictionaryRules, SortModeReadsZeroWhileFilledAndHostsReadTheValues) {
   EXPECT_TRUE(d.Changed()) << "Remove by index sets Changed even out of range";
 }
 
+// Each dictionary holds the next as a value: releasing the first releases the whole chain
+// without recursing once per link, whether the host drops it or replaces its value.
+TEST(DictionaryRules, AChainOfDictionariesHeldAsValuesIsReleasedWhole) {
+  const Ref<clsZKDictionary> tail = New<clsZKDictionary>();
+  auto chain = [&] {
+    Ref<clsZKDictionary> root = New<clsZKDictionary>();
+    Ref<clsZKDictionary> cur = root;
+    for (int i = 0; i < 100000; ++i) {
+      Ref<clsZKDictionary> next = i + 1 < 100000 ? New<clsZKDictionary>() : tail;
+      cur->Add(S(u"k"), Variant(next));
+      cur = next;
+    }
+    return root;
+  };
+  { const Ref<clsZKDictionary> dropped = chain(); }
+  EXPECT_EQ(tail->RefCount(), 1) << "the last link is released when the host drops the first";
+  Ref<clsZKDictionary> root = chain();
+  root->LetData(S(u"k"), I(0));
+  EXPECT_EQ(tail->RefCount(), 1) << "the last link is released when the first one's value is";
+}
+
 }  // namespace
 }  // namespace tsruntime
