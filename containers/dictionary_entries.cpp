@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <memory>
 
+#include "tsruntime/automation/compare.h"
+#include "tsruntime/automation/locale.h"
+
 namespace tsruntime::dictionary_detail {
 
 namespace {
@@ -25,7 +28,9 @@ struct Node {
 struct Leaf : Node {
   Leaf() : Node(true) {}
   Entry* slot[kCapacity + 1];
-  StringView key[kCapacity + 1];  // slot[i]->key
+  uint64_t order[kCapacity + 1];       // OrderPrefix(slot[i]->key)
+  uint64_t text_order[kCapacity + 1];  // the prefix of slot[i]->text_key ...
+  uint32_t text_generation[kCapacity + 1];  // ... when this is the list's generation
 };
 
 struct Inner : Node {
@@ -35,6 +40,25 @@ struct Inner : Node {
 };
 
 namespace {
+
+// The first four code units of a key, the first in the top bits: unequal prefixes order
+// as the keys do by code unit; equal ones leave the rest of the keys to decide.
+uint64_t OrderPrefix(StringView key) {
+  uint64_t prefix = 0;
+  for (size_t i = 0; i < 4; ++i) prefix = prefix << 16 | (i < key.size() ? key[i] : 0);
+  return prefix;
+}
+
+// The same for a text sort key, whose bytes are never zero.
+uint64_t OrderPrefix(const std::string& sort_key) {
+  uint64_t prefix = 0;
+  for (size_t i = 0; i < 8; ++i) {
+    prefix = prefix << 8 | (i < sort_key.size() ? static_cast<uint8_t>(sort_key[i]) : 0);
+  }
+  return prefix;
+}
+
+int Sign(int x) { return (x > 0) - (x < 0); }
 
 Leaf* AsLeaf(Node* n) { return static_cast<Leaf*>(n); }
 Inner* AsInner(Node* n) { return static_cast<Inner*>(n); }
@@ -87,7 +111,9 @@ void MoveSlots(Node* src, int from, int k, Node* dst, int at) {
     Leaf* s = AsLeaf(src);
     Leaf* d = AsLeaf(dst);
     MoveRun(s->slot, s->n, from, k, d->slot, d->n, at);
-    MoveRun(s->key, s->n, from, k, d->key, d->n, at);
+    MoveRun(s->order, s->n, from, k, d->order, d->n, at);
+    MoveRun(s->text_order, s->n, from, k, d->text_order, d->n, at);
+    MoveRun(s->text_generation, s->n, from, k, d->text_generation, d->n, at);
     for (int i = at; i < at + k; ++i) d->slot[i]->leaf = d;
   } else {
     Inner* s = AsInner(src);
@@ -135,9 +161,34 @@ Entry& EntryList::at(size_t pos) const {
   return *leaf->slot[i];
 }
 
-StringView EntryList::keyAt(size_t pos) const {
-  const auto [leaf, i] = locate(pos);
-  return leaf->key[i];
+EntryList::Probe EntryList::MakeProbe(StringView key, int32_t mode) {
+  Probe probe{key, mode, OrderPrefix(key), {}};
+  if (mode == vbBinaryCompare) return probe;
+  std::string locale = CurrentLocale();
+  if (text_generation_ == 0 || locale != text_locale_) {
+    text_locale_ = std::move(locale);
+    ++text_generation_;  // every text key made so far is stale
+  }
+  probe.text_key = TextSortKey(key);
+  probe.order = OrderPrefix(probe.text_key);
+  return probe;
+}
+
+int EntryList::CompareAt(size_t pos, const Probe& probe) const {
+  const auto [found, i] = locate(pos);
+  Leaf* leaf = const_cast<Leaf*>(found);
+  if (probe.mode == vbBinaryCompare) {
+    if (leaf->order[i] != probe.order) return leaf->order[i] < probe.order ? -1 : 1;
+    return Sign(StringView(leaf->slot[i]->key).compare(probe.key));
+  }
+  Entry& entry = *leaf->slot[i];
+  if (leaf->text_generation[i] != text_generation_) {
+    entry.text_key = TextSortKey(entry.key);
+    leaf->text_order[i] = OrderPrefix(entry.text_key);
+    leaf->text_generation[i] = text_generation_;
+  }
+  if (leaf->text_order[i] != probe.order) return leaf->text_order[i] < probe.order ? -1 : 1;
+  return Sign(entry.text_key.compare(probe.text_key));
 }
 
 Entry* EntryList::find(StringView folded) const {
@@ -145,9 +196,11 @@ Entry* EntryList::find(StringView folded) const {
   return it == index_.end() ? nullptr : it->second;
 }
 
-Entry& EntryList::insert(size_t pos, String key, String folded, Variant value) {
+Entry& EntryList::insert(size_t pos, String key, String folded, Variant value,
+                         std::string text_key) {
   auto owned = std::make_unique<Entry>();
   owned->key = std::move(key);
+  owned->text_key = std::move(text_key);
   owned->value = std::move(value);
   if (folded != owned->key) owned->folded = std::move(folded);
   index_.emplace(owned->foldedKey(), owned.get());
@@ -165,10 +218,17 @@ Entry& EntryList::insert(size_t pos, String key, String folded, Variant value) {
   Leaf* leaf = AsLeaf(node);
   const int at = static_cast<int>(pos);
   std::move_backward(leaf->slot + at, leaf->slot + leaf->n, leaf->slot + leaf->n + 1);
-  std::move_backward(leaf->key + at, leaf->key + leaf->n, leaf->key + leaf->n + 1);
+  std::move_backward(leaf->order + at, leaf->order + leaf->n, leaf->order + leaf->n + 1);
+  std::move_backward(leaf->text_order + at, leaf->text_order + leaf->n,
+                     leaf->text_order + leaf->n + 1);
+  std::move_backward(leaf->text_generation + at, leaf->text_generation + leaf->n,
+                     leaf->text_generation + leaf->n + 1);
   Entry* entry = owned.release();
   leaf->slot[at] = entry;
-  leaf->key[at] = entry->key;
+  leaf->order[at] = OrderPrefix(entry->key);
+  leaf->text_order[at] = OrderPrefix(entry->text_key);
+  // A text key from the probe is current; without one it is made when first probed.
+  leaf->text_generation[at] = entry->text_key.empty() ? 0 : text_generation_;
   entry->leaf = leaf;
   ++leaf->n;
   ++size_;
@@ -222,7 +282,10 @@ void EntryList::erase(Entry& entry) {
   Leaf* leaf = entry.leaf;
   const auto i = std::find(leaf->slot, leaf->slot + leaf->n, &entry) - leaf->slot;
   std::move(leaf->slot + i + 1, leaf->slot + leaf->n, leaf->slot + i);
-  std::move(leaf->key + i + 1, leaf->key + leaf->n, leaf->key + i);
+  std::move(leaf->order + i + 1, leaf->order + leaf->n, leaf->order + i);
+  std::move(leaf->text_order + i + 1, leaf->text_order + leaf->n, leaf->text_order + i);
+  std::move(leaf->text_generation + i + 1, leaf->text_generation + leaf->n,
+            leaf->text_generation + i);
   --leaf->n;
   for (Node* child = leaf; child->parent; child = child->parent) {
     --child->parent->count[SlotOf(child->parent, child)];

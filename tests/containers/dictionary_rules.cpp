@@ -131,6 +131,22 @@ TEST(DictionaryRules, SortModeReadsZeroWhileFilledAndHostsReadTheValues) {
   EXPECT_TRUE(d.Changed()) << "Remove by index sets Changed even out of range";
 }
 
+// Text compare orders by the thread's locale at the time of each insertion, also when it
+// changes between two: in Swedish "ä" sorts after "z", in English beside "a".
+TEST(DictionaryRules, SortedTextInsertionFollowsTheLocaleOfTheMoment) {
+  auto d = New<clsZKDictionary>();
+  d->LetSortMode(xcTS_DICT_SORT_ASC);
+  d->LetCompareMode(1);
+  auto add = [&](const char* locale, std::initializer_list<const char16_t*> keys) {
+    ScopedLocale in(locale);
+    for (const char16_t* k : keys) d->Add(S(k), I(0));
+  };
+  add("en_US", {u"a", u"z", u"b"});
+  add("sv_SE", {u"ä", u"zz"});  // Swedish: "zz" goes before "ä"
+  add("en_US", {u"zzz"});       // English: "ä" is passed, "zzz" goes last
+  EXPECT_EQ(KeysOf(*d), "a b z zz ä zzz");
+}
+
 // Each dictionary holds the next as a value: releasing the first releases the whole chain
 // without recursing once per link, whether the host drops it or replaces its value.
 TEST(DictionaryRules, AChainOfDictionariesHeldAsValuesIsReleasedWhole) {
