@@ -145,7 +145,9 @@ std::pair<const Leaf*, int> EntryList::locate(size_t pos) const {
   }
   const Node* node = path_[level].node;
   size_t start = path_[level].start;
-  while (!node->leaf) {
+  // Every leaf is `height_` levels down: knowing that, the walk never reads a node's
+  // header, and a probe that reaches a leaf touches only the slot it compares.
+  while (level < height_) {
     const Inner* in = static_cast<const Inner*>(node);
     int i = 0;
     while (pos - start >= in->count[i]) start += in->count[i++];
@@ -260,6 +262,7 @@ void EntryList::linkAfter(Node* left, Node* right, size_t left_count, size_t rig
     parent->n = 1;
     left->parent = parent;
     root_ = parent;
+    ++height_;
   }
   const int j = SlotOf(parent, left);
   std::move_backward(parent->kid + j + 1, parent->kid + parent->n, parent->kid + parent->n + 1);
@@ -331,6 +334,7 @@ void EntryList::rebalance(Node* node) {
   while (root_ && !root_->leaf && root_->n == 1) {
     Inner* old = AsInner(root_);
     root_ = old->kid[0];
+    --height_;
     root_->parent = nullptr;
     delete old;
   }
@@ -343,6 +347,7 @@ void EntryList::rebalance(Node* node) {
 void EntryList::clear() {
   // Emptied before the entries are freed, for the same reason as in erase.
   Node* old = std::exchange(root_, nullptr);
+  height_ = 0;
   index_.clear();
   path_length_ = 0;
   size_ = 0;

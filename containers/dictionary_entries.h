@@ -89,6 +89,7 @@ class EntryList {
   void rebalance(Node* node);
 
   Node* root_ = nullptr;
+  int height_ = 0;  // inner levels above the leaves
   size_t size_ = 0;
   // The locale the entries' text keys were made in, and its generation: a text key or
   // prefix of another generation is stale.
