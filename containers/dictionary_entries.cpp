@@ -194,8 +194,7 @@ int EntryList::CompareAt(size_t pos, const Probe& probe) const {
 }
 
 Entry* EntryList::find(StringView folded) const {
-  auto it = index_.find(folded);
-  return it == index_.end() ? nullptr : it->second;
+  return index_.find(folded);
 }
 
 Entry& EntryList::insert(size_t pos, String key, String folded, Variant value,
@@ -205,7 +204,7 @@ Entry& EntryList::insert(size_t pos, String key, String folded, Variant value,
   owned->text_key = std::move(text_key);
   owned->value = std::move(value);
   if (folded != owned->key) owned->folded = std::move(folded);
-  index_.emplace(owned->foldedKey(), owned.get());
+  index_.add(owned.get());
   path_length_ = 0;
   if (!root_) root_ = new Leaf;
 
@@ -280,7 +279,7 @@ void EntryList::erase(Entry& entry) {
   // The value goes last, once the list is whole again: releasing it may run a host's
   // code, which may reach this list.
   const Variant released = std::move(entry.value);
-  index_.erase(entry.foldedKey());
+  index_.remove(&entry);
   path_length_ = 0;
   Leaf* leaf = entry.leaf;
   const auto i = std::find(leaf->slot, leaf->slot + leaf->n, &entry) - leaf->slot;

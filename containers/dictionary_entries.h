@@ -9,17 +9,17 @@
 // and the first bytes of its text sort key, so the probes of a sorted insertion mostly
 // decide without fetching the entries they pass.
 //
-// A hash index from the case-folded key to the entry answers keyed lookups without
-// touching the tree. Entries never move in memory once made, so the index and the
+// A hash index from the case-folded key to the entry (dictionary_fold_index.h) answers
+// keyed lookups without touching the tree. Entries never move in memory once made, so the index and the
 // leaves hold plain pointers to them.
 #pragma once
 
 #include <cstddef>
 #include <functional>
 #include <string>
-#include <unordered_map>
 #include <utility>
 
+#include "dictionary_fold_index.h"
 #include "tsruntime/automation/variant.h"
 
 namespace tsruntime::dictionary_detail {
@@ -95,7 +95,7 @@ class EntryList {
   // prefix of another generation is stale.
   std::string text_locale_;
   uint32_t text_generation_ = 0;
-  std::unordered_map<StringView, Entry*> index_;
+  FoldIndex<Entry> index_;
   // The path the last read took, root first: each node with the position of its
   // first entry and its number of entries. The next read climbs only as far as the
   // first node that holds its position, so nearby reads skip most of the descent.
