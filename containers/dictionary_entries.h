@@ -10,8 +10,8 @@
 // decide without fetching the entries they pass.
 //
 // A hash index from the case-folded key to the entry (dictionary_fold_index.h) answers
-// keyed lookups without touching the tree. Entries never move in memory once made, so the index and the
-// leaves hold plain pointers to them.
+// keyed lookups without touching the tree. Entries never move in memory once made, so
+// the index and the leaves hold plain pointers to them.
 #pragma once
 
 #include <cstddef>

@@ -23,16 +23,16 @@ void Check(bool same) {
 class Pair {
  public:
   explicit Pair(fuzz::Input& in) : in_(in) {
-    d_->LetSortMode(static_cast<xeTS_DICTIONARY_SORT>(m_.sort = static_cast<int32_t>(in.Below(4))));
+    SortMode(static_cast<int32_t>(in.Below(4)));
     d_->LetCompareMode(m_.compare = static_cast<int32_t>(in.Below(2)));
     d_->OnChanged([this](const Variant& item) { heard_.push_back(item); });
     // The handler's own change, drawn once so that both sides make the same one.
     reaction_ = static_cast<int>(in.Below(5));
     reaction_item_ = Item();
     reaction_value_ = Value();
-    d_->OnChanged([this](const Variant&) { React([this](int op, const Variant& i, const Variant& v) {
-      Apply(*d_, op, i, v);
-    }); });
+    d_->OnChanged([this](const Variant&) {
+      React([this](int op, const Variant& i, const Variant& v) { Apply(*d_, op, i, v); });
+    });
     m_.on_changed = [this](const Variant&) {
       React([this](int op, const Variant& i, const Variant& v) { Apply(m_, op, i, v); });
     };
@@ -52,6 +52,9 @@ class Pair {
   }
 
  private:
+  void SortMode(int32_t mode) {
+    d_->LetSortMode(static_cast<xeTS_DICTIONARY_SORT>(m_.sort = mode));
+  }
   Variant Key() { return Variant(in_.Text(3)); }
   Variant Item() {
     const int32_t n = m_.Count();
@@ -112,7 +115,7 @@ class Pair {
                               : i >= 0                      ? Variant(m_.list[i].key)
                                                             : Variant()));
     } else if (op < 110) {
-      d_->LetSortMode(static_cast<xeTS_DICTIONARY_SORT>(m_.sort = static_cast<int32_t>(in_.Below(4))));
+      SortMode(static_cast<int32_t>(in_.Below(4)));
     } else if (op < 115) {
       d_->LetCompareMode(m_.compare = static_cast<int32_t>(in_.Below(2)));
     } else if (op == 115) {

@@ -1,10 +1,10 @@
 // Turns a fuzzer's bytes into the values the library's entry points take.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <algorithm>
 #include <vector>
 
 #include "tsruntime/automation/safearray.h"

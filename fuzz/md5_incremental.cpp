@@ -85,7 +85,8 @@ void PiecesMatchStringAndFile(clsZKmd5& md5, fuzz::Input& in) {
   if (bytes.size() % 64 == 0) return;  // a file's last whole record is not hashed
   const std::filesystem::path file = Scratch() / "bytes";
   std::ofstream(file, std::ios::binary)
-      .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+      .write(reinterpret_cast<const char*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
   Check(md5.DigestFileToHexStr(FromUtf8(file.string())) == pieces);
 }
 
