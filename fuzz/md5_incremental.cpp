@@ -9,6 +9,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <string>
 #include <fstream>
 
 #include "fuzz_input.h"
@@ -28,13 +29,13 @@ void Check(bool same) {
   if (!same) std::abort();
 }
 
-// A scratch folder with a FIFO that never gets a writer, made once per run.
+// A folder shared by every run, with a FIFO that never gets a writer. libFuzzer may end
+// a run without the exit handlers, so nothing is left to clean up but these two.
 const std::filesystem::path& Scratch() {
   static const std::filesystem::path dir = [] {
-    std::string pattern = (std::filesystem::temp_directory_path() / "md5-fuzz-XXXXXX").string();
-    const std::filesystem::path made = ::mkdtemp(pattern.data());
-    ::mkfifo((made / "fifo").c_str(), 0600);
-    std::atexit([] { std::filesystem::remove_all(Scratch()); });
+    const auto made = std::filesystem::temp_directory_path() / "tsruntime-md5-fuzz";
+    std::filesystem::create_directories(made);
+    ::mkfifo((made / "fifo").c_str(), 0600);  // EEXIST from an earlier run is fine
     return made;
   }();
   return dir;
@@ -83,11 +84,13 @@ void PiecesMatchStringAndFile(clsZKmd5& md5, fuzz::Input& in) {
   const String pieces = md5.GetValues();
   Check(md5.DigestStrToHexStr(AnsiToString(bytes)) == pieces);
   if (bytes.size() % 64 == 0) return;  // a file's last whole record is not hashed
-  const std::filesystem::path file = Scratch() / "bytes";
+  const std::filesystem::path file = Scratch() / ("bytes-" + std::to_string(::getpid()));
   std::ofstream(file, std::ios::binary)
       .write(reinterpret_cast<const char*>(bytes.data()),
              static_cast<std::streamsize>(bytes.size()));
-  Check(md5.DigestFileToHexStr(FromUtf8(file.string())) == pieces);
+  const String digest = md5.DigestFileToHexStr(FromUtf8(file.string()));
+  std::filesystem::remove(file);
+  Check(digest == pieces);
 }
 
 void SpecialFilesAreRefused(clsZKmd5& md5, fuzz::Input& in) {
