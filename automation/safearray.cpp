@@ -32,12 +32,14 @@ int64_t CheckedCount(const std::vector<Bounds>& dims) {
 }
 
 // Bounds of `count` elements from `lower`; overflow (6) when the upper bound would not
-// fit.
+// fit above. No elements from the lowest bound would need an upper bound below it: the
+// runtime reads that as the whole 32-bit range, too many elements to hold (7).
 Bounds Span(int32_t lower, size_t count) {
   const int64_t upper = int64_t{lower} + static_cast<int64_t>(count) - 1;
   if (count > static_cast<size_t>(kMaxElements) || upper > INT32_MAX) {
     RaiseRuntime(RuntimeError::kOverflow);
   }
+  if (upper < INT32_MIN) RaiseRuntime(RuntimeError::kOutOfMemory);
   return Bounds{lower, static_cast<int32_t>(upper)};
 }
 

@@ -1,5 +1,7 @@
 #include "tsruntime/automation/variant.h"
 
+#include <vector>
+
 namespace tsruntime {
 
 Variant::ArrayBox::ArrayBox(SafeArray a) : p(std::make_unique<SafeArray>(std::move(a))) {}
@@ -12,6 +14,30 @@ Variant::ArrayBox& Variant::ArrayBox::operator=(const ArrayBox& o) {
 Variant::ArrayBox::~ArrayBox() = default;
 
 Variant::Variant(SafeArray array) : v_(ArrayBox(std::move(array))) {}
+
+namespace {
+
+// While a value is being released, the objects and arrays that its release would free
+// in turn wait here instead; the outermost release on the thread frees them one by one.
+thread_local std::vector<Variant>* pending_releases = nullptr;
+
+}  // namespace
+
+void Variant::ReleaseNested() noexcept {
+  if (pending_releases) {
+    pending_releases->push_back(std::move(*this));
+    return;
+  }
+  std::vector<Variant> pending;
+  pending_releases = &pending;
+  v_.emplace<std::monostate>();  // may queue the values this one held
+  while (!pending.empty()) {
+    Variant next = std::move(pending.back());
+    pending.pop_back();
+    next.v_.emplace<std::monostate>();
+  }
+  pending_releases = nullptr;
+}
 
 VarType Variant::type() const {
   static constexpr VarType kByIndex[] = {

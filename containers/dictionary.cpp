@@ -39,12 +39,16 @@ bool clsZKDictionary::Insert(String key, Variant value) {
   if (entries_->find(folded)) return false;
   const size_t n = entries_->size();
   size_t before = n;  // zero-based position to insert at
+  std::string text_key;
   if (sort_mode_ != xcTS_DICT_SORT_NONE && n > 0) {
     const int sign = sort_mode_ == xcTS_DICT_SORT_DESC ? -1 : 1;
+    // Any mode other than binary compares as text.
+    const int32_t mode = compare_mode_ == vbBinaryCompare ? vbBinaryCompare : vbTextCompare;
+    EntryList::Probe probe = entries_->MakeProbe(key, mode);
     size_t lo = 1, hi = n;
     for (;;) {
       const size_t mid = (lo + hi) / 2;
-      const int c = CompareStrings(entries_->keyAt(mid - 1), key, compare_mode_) * sign;
+      const int c = entries_->CompareAt(mid - 1, probe) * sign;
       if (c < 0) {
         lo = mid + 1;
         if (lo > hi) {
@@ -61,8 +65,10 @@ bool clsZKDictionary::Insert(String key, Variant value) {
         return false;
       }
     }
+    text_key = std::move(probe.text_key);
   }
-  entries_->insert(before, std::move(key), std::move(folded), std::move(value));
+  entries_->insert(before, std::move(key), std::move(folded), std::move(value),
+                   std::move(text_key));
   return true;
 }
 

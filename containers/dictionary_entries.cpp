@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <memory>
 
+#include "tsruntime/automation/compare.h"
+#include "tsruntime/automation/locale.h"
+
 namespace tsruntime::dictionary_detail {
 
 namespace {
@@ -25,7 +28,13 @@ struct Node {
 struct Leaf : Node {
   Leaf() : Node(true) {}
   Entry* slot[kCapacity + 1];
-  StringView key[kCapacity + 1];  // slot[i]->key
+  uint64_t order[kCapacity + 1];       // OrderPrefix(slot[i]->key)
+  // The prefix of slot[i]->text_key, valid while its generation is the list's; the two
+  // side by side, so that a probe reads one cache line.
+  struct TextOrder {
+    uint64_t prefix;
+    uint32_t generation;
+  } text[kCapacity + 1];
 };
 
 struct Inner : Node {
@@ -35,6 +44,25 @@ struct Inner : Node {
 };
 
 namespace {
+
+// The first four code units of a key, the first in the top bits: unequal prefixes order
+// as the keys do by code unit; equal ones leave the rest of the keys to decide.
+uint64_t OrderPrefix(StringView key) {
+  uint64_t prefix = 0;
+  for (size_t i = 0; i < 4; ++i) prefix = prefix << 16 | (i < key.size() ? key[i] : 0);
+  return prefix;
+}
+
+// The same for a text sort key, whose bytes are never zero.
+uint64_t OrderPrefix(const std::string& sort_key) {
+  uint64_t prefix = 0;
+  for (size_t i = 0; i < 8; ++i) {
+    prefix = prefix << 8 | (i < sort_key.size() ? static_cast<uint8_t>(sort_key[i]) : 0);
+  }
+  return prefix;
+}
+
+int Sign(int x) { return (x > 0) - (x < 0); }
 
 Leaf* AsLeaf(Node* n) { return static_cast<Leaf*>(n); }
 Inner* AsInner(Node* n) { return static_cast<Inner*>(n); }
@@ -87,7 +115,8 @@ void MoveSlots(Node* src, int from, int k, Node* dst, int at) {
     Leaf* s = AsLeaf(src);
     Leaf* d = AsLeaf(dst);
     MoveRun(s->slot, s->n, from, k, d->slot, d->n, at);
-    MoveRun(s->key, s->n, from, k, d->key, d->n, at);
+    MoveRun(s->order, s->n, from, k, d->order, d->n, at);
+    MoveRun(s->text, s->n, from, k, d->text, d->n, at);
     for (int i = at; i < at + k; ++i) d->slot[i]->leaf = d;
   } else {
     Inner* s = AsInner(src);
@@ -119,7 +148,9 @@ std::pair<const Leaf*, int> EntryList::locate(size_t pos) const {
   }
   const Node* node = path_[level].node;
   size_t start = path_[level].start;
-  while (!node->leaf) {
+  // Every leaf is `height_` levels down: knowing that, the walk never reads a node's
+  // header, and a probe that reaches a leaf touches only the slot it compares.
+  while (level < height_) {
     const Inner* in = static_cast<const Inner*>(node);
     int i = 0;
     while (pos - start >= in->count[i]) start += in->count[i++];
@@ -135,22 +166,48 @@ Entry& EntryList::at(size_t pos) const {
   return *leaf->slot[i];
 }
 
-StringView EntryList::keyAt(size_t pos) const {
-  const auto [leaf, i] = locate(pos);
-  return leaf->key[i];
+EntryList::Probe EntryList::MakeProbe(StringView key, int32_t mode) {
+  Probe probe{key, mode, OrderPrefix(key), {}};
+  if (mode == vbBinaryCompare) return probe;
+  std::string locale = CurrentLocale();
+  if (text_generation_ == 0 || locale != text_locale_) {
+    text_locale_ = std::move(locale);
+    ++text_generation_;  // every text key made so far is stale
+  }
+  probe.text_key = TextSortKey(key);
+  probe.order = OrderPrefix(probe.text_key);
+  return probe;
+}
+
+int EntryList::CompareAt(size_t pos, const Probe& probe) const {
+  const auto [found, i] = locate(pos);
+  Leaf* leaf = const_cast<Leaf*>(found);
+  if (probe.mode == vbBinaryCompare) {
+    if (leaf->order[i] != probe.order) return leaf->order[i] < probe.order ? -1 : 1;
+    return Sign(StringView(leaf->slot[i]->key).compare(probe.key));
+  }
+  Entry& entry = *leaf->slot[i];
+  Leaf::TextOrder& text = leaf->text[i];
+  if (text.generation != text_generation_) {
+    entry.text_key = TextSortKey(entry.key);
+    text = {OrderPrefix(entry.text_key), text_generation_};
+  }
+  if (text.prefix != probe.order) return text.prefix < probe.order ? -1 : 1;
+  return Sign(entry.text_key.compare(probe.text_key));
 }
 
 Entry* EntryList::find(StringView folded) const {
-  auto it = index_.find(folded);
-  return it == index_.end() ? nullptr : it->second;
+  return index_.find(folded);
 }
 
-Entry& EntryList::insert(size_t pos, String key, String folded, Variant value) {
+Entry& EntryList::insert(size_t pos, String key, String folded, Variant value,
+                         std::string text_key) {
   auto owned = std::make_unique<Entry>();
   owned->key = std::move(key);
+  owned->text_key = std::move(text_key);
   owned->value = std::move(value);
   if (folded != owned->key) owned->folded = std::move(folded);
-  index_.emplace(owned->foldedKey(), owned.get());
+  index_.add(owned.get());
   path_length_ = 0;
   if (!root_) root_ = new Leaf;
 
@@ -165,10 +222,14 @@ Entry& EntryList::insert(size_t pos, String key, String folded, Variant value) {
   Leaf* leaf = AsLeaf(node);
   const int at = static_cast<int>(pos);
   std::move_backward(leaf->slot + at, leaf->slot + leaf->n, leaf->slot + leaf->n + 1);
-  std::move_backward(leaf->key + at, leaf->key + leaf->n, leaf->key + leaf->n + 1);
+  std::move_backward(leaf->order + at, leaf->order + leaf->n, leaf->order + leaf->n + 1);
+  std::move_backward(leaf->text + at, leaf->text + leaf->n, leaf->text + leaf->n + 1);
   Entry* entry = owned.release();
   leaf->slot[at] = entry;
-  leaf->key[at] = entry->key;
+  leaf->order[at] = OrderPrefix(entry->key);
+  // A text key from the probe is current; without one it is made when first probed.
+  leaf->text[at] = {OrderPrefix(entry->text_key),
+                    entry->text_key.empty() ? 0 : text_generation_};
   entry->leaf = leaf;
   ++leaf->n;
   ++size_;
@@ -200,6 +261,7 @@ void EntryList::linkAfter(Node* left, Node* right, size_t left_count, size_t rig
     parent->n = 1;
     left->parent = parent;
     root_ = parent;
+    ++height_;
   }
   const int j = SlotOf(parent, left);
   std::move_backward(parent->kid + j + 1, parent->kid + parent->n, parent->kid + parent->n + 1);
@@ -214,12 +276,16 @@ void EntryList::linkAfter(Node* left, Node* right, size_t left_count, size_t rig
 }
 
 void EntryList::erase(Entry& entry) {
-  index_.erase(entry.foldedKey());
+  // The value goes last, once the list is whole again: releasing it may run a host's
+  // code, which may reach this list.
+  const Variant released = std::move(entry.value);
+  index_.remove(&entry);
   path_length_ = 0;
   Leaf* leaf = entry.leaf;
   const auto i = std::find(leaf->slot, leaf->slot + leaf->n, &entry) - leaf->slot;
   std::move(leaf->slot + i + 1, leaf->slot + leaf->n, leaf->slot + i);
-  std::move(leaf->key + i + 1, leaf->key + leaf->n, leaf->key + i);
+  std::move(leaf->order + i + 1, leaf->order + leaf->n, leaf->order + i);
+  std::move(leaf->text + i + 1, leaf->text + leaf->n, leaf->text + i);
   --leaf->n;
   for (Node* child = leaf; child->parent; child = child->parent) {
     --child->parent->count[SlotOf(child->parent, child)];
@@ -265,6 +331,7 @@ void EntryList::rebalance(Node* node) {
   while (root_ && !root_->leaf && root_->n == 1) {
     Inner* old = AsInner(root_);
     root_ = old->kid[0];
+    --height_;
     root_->parent = nullptr;
     delete old;
   }
@@ -275,11 +342,13 @@ void EntryList::rebalance(Node* node) {
 }
 
 void EntryList::clear() {
+  // Emptied before the entries are freed, for the same reason as in erase.
+  Node* old = std::exchange(root_, nullptr);
+  height_ = 0;
   index_.clear();
   path_length_ = 0;
-  if (root_) DeleteTree(root_);
-  root_ = nullptr;
   size_ = 0;
+  if (old) DeleteTree(old);
 }
 
 void EntryList::forEach(const std::function<void(const Entry&)>& visit) const {

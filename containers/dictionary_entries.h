@@ -5,18 +5,21 @@
 // removing at a position is a walk down a tree a few levels deep, so a million entries
 // cost no more per operation than a few thousand. Reads remember the last leaf they
 // reached, which makes a scan by increasing index, or the last steps of a binary
-// search, nearly free.
+// search, nearly free. Beside each entry a leaf keeps the first code units of its key
+// and the first bytes of its text sort key, so the probes of a sorted insertion mostly
+// decide without fetching the entries they pass.
 //
-// A hash index from the case-folded key to the entry answers keyed lookups without
-// touching the tree. Entries never move in memory once made, so the index and the
-// leaves hold plain pointers to them.
+// A hash index from the case-folded key to the entry (dictionary_fold_index.h) answers
+// keyed lookups without touching the tree. Entries never move in memory once made, so
+// the index and the leaves hold plain pointers to them.
 #pragma once
 
 #include <cstddef>
 #include <functional>
-#include <unordered_map>
+#include <string>
 #include <utility>
 
+#include "dictionary_fold_index.h"
 #include "tsruntime/automation/variant.h"
 
 namespace tsruntime::dictionary_detail {
@@ -30,6 +33,7 @@ struct Entry {
   Variant value;
   String folded;  // the key's case fold; empty when the key folds to itself
   Leaf* leaf = nullptr;
+  std::string text_key;  // TextSortKey(key) in the list's text locale, made when first probed
 
   StringView foldedKey() const { return folded.empty() ? StringView(key) : StringView(folded); }
 };
@@ -45,16 +49,28 @@ class EntryList {
 
   // The entry at zero-based position `pos`, which must be below size().
   Entry& at(size_t pos) const;
-  // Its key. The leaves keep a view of every key beside the entry, so a binary search
-  // over keys does not have to fetch the entries it passes.
-  StringView keyAt(size_t pos) const;
+  // A key to place, prepared once for the probes of a sorted insertion.
+  struct Probe {
+    StringView key;
+    int32_t mode;           // CompareStrings mode
+    uint64_t order;         // OrderPrefix of the key, or of its text sort key
+    std::string text_key;   // TextSortKey(key), in text mode
+  };
+  // Prepares `key` for comparison under `mode`; in text mode, in the thread's locale.
+  Probe MakeProbe(StringView key, int32_t mode);
+  // CompareStrings(key at `pos`, probe.key, probe.mode): -1, 0 or +1. The leaves keep
+  // the first bytes of every key's order beside the entry, so most probes decide without
+  // fetching the entry; text sort keys are made once per entry and locale.
+  int CompareAt(size_t pos, const Probe& probe) const;
 
   // The entry whose key folds to `folded` (see FoldCase), or null.
   Entry* find(StringView folded) const;
 
   // Inserts a new entry before position `pos` (size() appends). `folded` is the key's
-  // case fold, and no entry may already have it.
-  Entry& insert(size_t pos, String key, String folded, Variant value);
+  // case fold, and no entry may already have it. `text_key`, when not empty, is the
+  // key's text sort key from the latest text-mode probe (MakeProbe), kept for later ones.
+  Entry& insert(size_t pos, String key, String folded, Variant value,
+                std::string text_key = {});
 
   // Removes and frees the entry.
   void erase(Entry& entry);
@@ -73,8 +89,13 @@ class EntryList {
   void rebalance(Node* node);
 
   Node* root_ = nullptr;
+  int height_ = 0;  // inner levels above the leaves
   size_t size_ = 0;
-  std::unordered_map<StringView, Entry*> index_;
+  // The locale the entries' text keys were made in, and its generation: a text key or
+  // prefix of another generation is stale.
+  std::string text_locale_;
+  uint32_t text_generation_ = 0;
+  FoldIndex<Entry> index_;
   // The path the last read took, root first: each node with the position of its
   // first entry and its number of entries. The next read climbs only as far as the
   // first node that holds its position, so nearby reads skip most of the descent.

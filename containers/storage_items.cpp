@@ -47,6 +47,11 @@ std::optional<String> TextOf(const Variant& value) {
   return AnsiToString(bytes.bytes());
 }
 
+template <class T>
+void ReserveOneMore(std::vector<T>& list) {
+  if (list.size() == list.capacity()) list.reserve(std::max<size_t>(16, 2 * list.size()));
+}
+
 [[noreturn]] void RaiseItem(xeZK_ERROR_CODES code, String description) {
   RaiseOwn(code, "clsZKStorageItems", "Item", std::move(description));
 }
@@ -57,8 +62,10 @@ bool clsZKStorageItems::Add(const Variant& value) {
   try {
     std::optional<String> text = TextOf(value);
     if (!text) return false;
-    types_.reserve(types_.size() + 1);
-    texts_.reserve(texts_.size() + 1);
+    // Room is made in both lists before either grows, so a failed allocation leaves
+    // them alike; doubling keeps a long run of calls linear.
+    ReserveOneMore(types_);
+    ReserveOneMore(texts_);
     types_.push_back(TypeCode(value.type()));
     texts_.push_back(std::move(*text));
     return true;

@@ -108,6 +108,8 @@ void TransformOne(uint32_t* state, const uint8_t* block) {
 
 constexpr int64_t kPositionLimit = 32767;  // positions within one update are 16-bit
 constexpr int32_t kRecord = 64;
+// Past this many bytes the count of any file overflows.
+constexpr int64_t kLongestFile = int64_t{1} << 28;
 
 [[noreturn]] void RaiseOpenError(int error, const std::string& path) {
   switch (error) {
@@ -211,20 +213,21 @@ void Md5State::Final() {
 void Md5State::HashFile(const std::string& path) {
   // A name with a NUL in it would silently name a shorter path.
   if (path.find('\0') != std::string::npos) RaiseRuntime(RuntimeError::kBadFileNameOrNumber);
-  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  // Opened without waiting: a FIFO with no writer would block here for good, and it is
+  // refused below like every file that is not a regular one.
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (fd < 0) RaiseOpenError(errno, path);
   const FileCloser closer{fd};
   struct stat info;
   if (::fstat(fd, &info) != 0) RaiseRuntime(RuntimeError::kDeviceIoError);
   if (S_ISDIR(info.st_mode)) RaiseRuntime(RuntimeError::kPathFileAccessError);
+  if (!S_ISREG(info.st_mode)) RaiseRuntime(RuntimeError::kBadFileNameOrNumber);
   Init();
   // The count of a file that is read whole; its bit length overflows from 2^28 bytes on,
   // so such a file fails before it is read.
-  if (S_ISREG(info.st_mode)) {
-    const int64_t size = info.st_size;
-    const int64_t counted = size % kRecord != 0 ? size : std::max<int64_t>(size - kRecord, 0);
-    if (counted * 8 > INT32_MAX) RaiseRuntime(RuntimeError::kOverflow);
-  }
+  const int64_t size = info.st_size;
+  const int64_t counted = size % kRecord != 0 ? size : std::max<int64_t>(size - kRecord, 0);
+  if (counted * 8 > INT32_MAX) RaiseRuntime(RuntimeError::kOverflow);
 
   // Records of 64 bytes, read a megabyte at a time. A record is hashed at once only when
   // more of the file follows it; the record that reaches the end of the file (a whole
@@ -233,6 +236,7 @@ void Md5State::HashFile(const std::string& path) {
   constexpr size_t kChunk = size_t{1} << 20;
   std::unique_ptr<uint8_t[]> chunk(new uint8_t[kChunk + kRecord]);
   size_t held = 0;  // bytes read but not hashed, at the front of the chunk
+  int64_t total = 0;
   for (;;) {
     const ssize_t n = ::read(fd, chunk.get() + held, kChunk);
     if (n < 0) {
@@ -240,6 +244,10 @@ void Md5State::HashFile(const std::string& path) {
       RaiseRuntime(RuntimeError::kDeviceIoError);
     }
     if (n == 0) break;
+    // A file that grows while it is read (or one the system sizes as 0, such as those
+    // under /proc) stops at the longest length that gets a digest.
+    total += n;
+    if (total > kLongestFile) RaiseRuntime(RuntimeError::kOverflow);
     const size_t available = held + static_cast<size_t>(n);
     const size_t blocks = (available - 1) / kRecord;
     if (blocks > 0) {

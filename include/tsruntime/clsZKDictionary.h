@@ -32,7 +32,9 @@
 //
 // Speed: reading, inserting and removing at a position, and looking up a key, cost
 // a logarithmic walk or a hash lookup; a sorted `Add` costs a binary search of such
-// reads. A million entries are as workable as a thousand.
+// reads, most of them decided by one integer comparison (text compare included, whose
+// sort keys are made once per key and thread locale). A million entries are as
+// workable as a thousand.
 #pragma once
 
 #include <functional>

@@ -83,7 +83,10 @@ class clsZKmd5 : public Object {
 
   // The digest of a file's bytes. File not found (53), path not found (76), permission
   // denied (70), path/file access error (75, a folder) or bad file name (52, a name
-  // holding a NUL) when it cannot be read.
+  // holding a NUL) when it cannot be read. Only regular files (or links to them) are
+  // read: a FIFO, socket or device raises bad file name (52) at once, without waiting
+  // for a writer. A file that grows past 268,435,456 bytes while it is read stops
+  // there with overflow (6).
   String DigestFileToHexStr(const String& FileName);
 
   // Reduces `bits` to `bits` Mod 32 (the sign of `bits` kept) and writes it back; when

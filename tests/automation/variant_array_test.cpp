@@ -75,6 +75,15 @@ TEST(SafeArrays, KeepBoundsTypesAndRaiseTheRuntimesErrors) {
       {"bytes past the top bound",
        [] { return Show(SafeArray::FromBytes(std::vector<uint8_t>(2), INT32_MAX).size()); },
        "error 6"},
+      {"no strings from the lowest bound",
+       [] { return Show(SafeArray::FromStrings({}, INT32_MIN).size()); }, "error 7"},
+      {"no bytes from the lowest bound",
+       [] { return Show(SafeArray::FromBytes({}, INT32_MIN).size()); }, "error 7"},
+      {"no variants from the lowest bound",
+       [] { return Show(SafeArray::FromVariants({}, INT32_MIN).size()); }, "error 7"},
+      {"one variant at the lowest bound",
+       [] { return Show(SafeArray::FromVariants({Variant(1)}, INT32_MIN).get(INT32_MIN)); },
+       "Long 1"},
       {"the last index that exists",
        [] { return Show(SafeArray::FromStrings({u"a"}, INT32_MAX).get(INT32_MAX)); }, "String a"},
   });
@@ -95,6 +104,29 @@ TEST(SafeArrays, LayOutTablesColumnFirstAndRedimPreserveKeepsValues) {
   SafeArray kept = SafeArray::FromStrings({u"kept"}, INT32_MIN);
   EXPECT_EQ(testing::Outcome([&] { kept.RedimPreserve(INT32_MAX); }), "error 7");
   EXPECT_EQ(Show(kept.ToStrings()), "kept") << "a refused ReDim leaves the array as it was";
+}
+
+// A value nested far deeper than the stack could recurse is released in a loop, whether
+// it goes out of scope or is overwritten; the object at the bottom is released with it.
+TEST(Variants, ReleaseArraysNestedTwoHundredThousandDeep) {
+  const Ref<Object> bottom = New<clsZKRunTimeLib>();
+  auto nested = [&] {
+    Variant v(bottom);
+    for (int i = 0; i < 200000; ++i) {
+      std::vector<Variant> inner(1);
+      inner[0] = std::move(v);
+      v = Variant(SafeArray::FromVariants(std::move(inner)));
+    }
+    return v;
+  };
+  { const Variant deep = nested(); }
+  EXPECT_EQ(bottom->RefCount(), 1) << "released when it goes out of scope";
+  Variant deep = nested();
+  deep = Variant(1);
+  EXPECT_EQ(bottom->RefCount(), 1) << "released when it is overwritten";
+  deep = nested();
+  deep = static_cast<const Variant&>(Variant(u"x"));
+  EXPECT_EQ(bottom->RefCount(), 1) << "released when a copy overwrites it";
 }
 
 }  // namespace

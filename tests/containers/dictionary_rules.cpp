@@ -131,5 +131,42 @@ TEST(DictionaryRules, SortModeReadsZeroWhileFilledAndHostsReadTheValues) {
   EXPECT_TRUE(d.Changed()) << "Remove by index sets Changed even out of range";
 }
 
+// Text compare orders by the thread's locale at the time of each insertion, also when it
+// changes between two: in Swedish "ä" sorts after "z", in English beside "a".
+TEST(DictionaryRules, SortedTextInsertionFollowsTheLocaleOfTheMoment) {
+  auto d = New<clsZKDictionary>();
+  d->LetSortMode(xcTS_DICT_SORT_ASC);
+  d->LetCompareMode(1);
+  auto add = [&](const char* locale, std::initializer_list<const char16_t*> keys) {
+    ScopedLocale in(locale);
+    for (const char16_t* k : keys) d->Add(S(k), I(0));
+  };
+  add("en_US", {u"a", u"z", u"b"});
+  add("sv_SE", {u"ä", u"zz"});  // Swedish: "zz" goes before "ä"
+  add("en_US", {u"zzz"});       // English: "ä" is passed, "zzz" goes last
+  EXPECT_EQ(KeysOf(*d), "a b z zz ä zzz");
+}
+
+// Each dictionary holds the next as a value: releasing the first releases the whole chain
+// without recursing once per link, whether the host drops it or replaces its value.
+TEST(DictionaryRules, AChainOfDictionariesHeldAsValuesIsReleasedWhole) {
+  const Ref<clsZKDictionary> tail = New<clsZKDictionary>();
+  auto chain = [&] {
+    Ref<clsZKDictionary> root = New<clsZKDictionary>();
+    Ref<clsZKDictionary> cur = root;
+    for (int i = 0; i < 100000; ++i) {
+      Ref<clsZKDictionary> next = i + 1 < 100000 ? New<clsZKDictionary>() : tail;
+      cur->Add(S(u"k"), Variant(next));
+      cur = next;
+    }
+    return root;
+  };
+  { const Ref<clsZKDictionary> dropped = chain(); }
+  EXPECT_EQ(tail->RefCount(), 1) << "the last link is released when the host drops the first";
+  Ref<clsZKDictionary> root = chain();
+  root->LetData(S(u"k"), I(0));
+  EXPECT_EQ(tail->RefCount(), 1) << "the last link is released when the first one's value is";
+}
+
 }  // namespace
 }  // namespace tsruntime

@@ -1,5 +1,7 @@
 // clsZKmd5: digests of strings and files against md5sum and against the final blocks the
 // class's padding and file reader lay out; the incremental steps, registers and rotation.
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <bit>
@@ -8,6 +10,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <numeric>
 #include <tuple>
 
@@ -128,6 +131,36 @@ TEST_F(Md5, TextGoesThroughTheAnsiCodePageUpTo32767CharactersAndFilesMustExist) 
                      RuntimeError::kOverflow, "32,768 characters");
   ExpectRuntimeError([&] { DigestOfFile(file_ + ".missing"); },
                      RuntimeError::kFileNotFound, "a missing file");
+}
+
+// Only regular files are read. A FIFO with no writer and a device are refused at once,
+// never waited on nor read on and on; a folder keeps its own error.
+TEST_F(Md5, FilesThatAreNotRegularAreRefusedWithoutWaiting) {
+  const std::string fifo = file_ + ".fifo";
+  std::filesystem::remove(fifo);  // left by a run that was killed
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  const struct {
+    const char* what;
+    std::string path;
+    RuntimeError error;
+  } cases[] = {
+      {"a FIFO with no writer", fifo, RuntimeError::kBadFileNameOrNumber},
+      {"a device without end", "/dev/zero", RuntimeError::kBadFileNameOrNumber},
+      {"an empty device", "/dev/null", RuntimeError::kBadFileNameOrNumber},
+      {"a folder", std::filesystem::temp_directory_path(), RuntimeError::kPathFileAccessError},
+  };
+  for (const auto& c : cases) {
+    auto digest = std::async(std::launch::async, [&] {
+      ExpectRuntimeError([&] { DigestOfFile(c.path); }, c.error, c.what);
+    });
+    if (digest.wait_for(std::chrono::seconds(10)) == std::future_status::timeout) {
+      ADD_FAILURE() << c.what << ": still waiting after 10 s";
+      const int writer = ::open(fifo.c_str(), O_WRONLY | O_NONBLOCK);  // lets a blocked open go
+      if (writer >= 0) ::close(writer);
+    }
+    digest.get();
+  }
+  std::filesystem::remove(fifo);
 }
 
 TEST_F(Md5, UpdateTakesBytesAsItsLoopBoundSays) {

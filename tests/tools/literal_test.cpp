@@ -97,7 +97,8 @@ TEST(Literal, PrintsTheShortestFormThatReadsBackAsTheSameType) {
       {Variant(static_cast<float>(kInf)), kAny, "CSng(\"Infinity\")"},
       // a declared type drops the mark only where the member's conversion restores it
       {Lng(0), kLong, "0"}, {Lng(5), VarType::kInteger, "5&"}, {Byt(200), VarType::kByte, "200"},
-      {Variant(5.0), VarType::kDouble, "5"}, {Variant(1.5f), VarType::kSingle, "1.5!"},
+      {Variant(5.0), VarType::kDouble, "5"}, {Variant(-0.0), VarType::kDouble, "-0#"},
+      {Variant(-0.0), kAny, "-0#"}, {Variant(-0.0f), VarType::kSingle, "-0!"}, {Variant(1.5f), VarType::kSingle, "1.5!"},
       {Cur(10000), VarType::kCurrency, "1@"},
       {Text(u"a\"b\r\n\n\r\t\a"), kAny, R"("a""b" & vbCrLf & vbLf & vbCr & vbTab & ChrW(7))"},
       {Text(u"\u00A0x\u200B\uFEFF\uFFFF\u00AD"), kAny,
@@ -142,7 +143,7 @@ TEST(Literal, EveryPrintedValueReadsBackAsTheSameTypeAndValue) {
       Text(u""), Text(u"\"\"\""), Text(u"\r\r\n\n"), Text(u"Сумма: 1 234,56 руб."),
       Variant(every_unit), Arr(kAny, {{0, -1}}, {}), Variant(SafeArray(kAny)),
       Arr(kStr, {{0, -1}, {0, -1}}, {}), Arr(VarType::kInteger, {{INT32_MAX, INT32_MAX}}, {Int(3)}),
-      Arr(VarType::kDouble, {{INT32_MIN, INT32_MIN + 1}}, {Variant(5.0), Variant(0.5)}),
+      Arr(VarType::kDouble, {{INT32_MIN, INT32_MIN + 1}}, {Variant(5.0), Variant(-0.0)}),
       Arr(VarType::kCurrency, {{0, 0}}, {Cur(1)}), Arr(VarType::kSingle, {{0, 0}}, {Variant(0.1f)}),
       Arr(VarType::kDate, {{0, 1}}, {DateOf(2024, 3, 5), Variant(Date{0.1})}),
       Arr(VarType::kBoolean, {{0, 0}}, {Variant(false)}), Arr(VarType::kByte, {{0, 0}}, {Byt(128)}),
@@ -157,8 +158,9 @@ TEST(Literal, EveryPrintedValueReadsBackAsTheSameTypeAndValue) {
       try {
         Variant back = ParseLiteral(printed);
         if (declared != kAny) back = ChangeType(back, declared);
-        EXPECT_TRUE(back == v) << printed.substr(0, 200) << " reads back as "
-                               << PrintLiteral(back).substr(0, 200);
+        // Printed again, so that -0 and 0 differ.
+        EXPECT_TRUE(back == v && PrintLiteral(back) == PrintLiteral(v))
+            << printed.substr(0, 200) << " reads back as " << PrintLiteral(back).substr(0, 200);
       } catch (const std::exception& e) {
         ADD_FAILURE() << printed.substr(0, 200) << " does not read back: " << e.what();
       }
@@ -204,6 +206,8 @@ TEST(Literal, MalformedArgumentsAreRefusedWithTheFaultAndItsColumn) {
       {"Array(1) As Money", "expected an element type after As at column 13"},
       {"Array(1, 256) As Byte", "element 2 cannot be Byte: Overflow at column 1"},
       {"Array(0 To 2000000000, 0 To 2000000000, 0 To -1:)",
+       "the bounds describe too large an array at column 1"},
+      {"Array(-2147483648 To 2147483647, -2147483648 To 2147483647:)",
        "the bounds describe too large an array at column 1"},
       {"Array(" + Repeat("0 To 0, ", 60) + "0 To 0: 1)", "too many dimensions at column 493"},
       {Repeat("Array(", 100) + "1" + Repeat(")", 100), "literal nested too deeply at column 385"}};

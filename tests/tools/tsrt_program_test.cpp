@@ -57,7 +57,12 @@ TEST(Tsrt, CallsPrintTheResultThenEachArgumentWrittenBack) {
        "5&\nNothing\n"},
       // the user-interface module, loaded on first use, with no display and quietly
       {"call CTimer Interval = 100 : Interval : Enabled = False : Enabled = True : Interval",
-       "100\n0\n"}};
+       "100\n0\n"},
+      // a declared Double -0 keeps its mark, or it would read back as the Integer 0
+      {"call clsZKString ConvCVD 'ChrW(0) & ChrW(0) & ChrW(0) & ChrW(0) & ChrW(0) & ChrW(0) & "
+       "ChrW(0) & Chr(128)'",
+       "-0#\nExpression = ChrW(0) & ChrW(0) & ChrW(0) & ChrW(0) & ChrW(0) & ChrW(0) & ChrW(0) & "
+       "\"Ђ\"\n"}};
   for (const auto& c : cases) {
     const Outcome r = RunTsrt(c.args);
     EXPECT_EQ(r.code, 0) << c.args << ": " << r.err;
@@ -87,6 +92,12 @@ TEST(Tsrt, FailuresExitWithTheirStatusAndReportOnStandardError) {
        "Error -2147220803 (ZKRuntimeLib.clsZKString.InstrRight): SearchLen = -2\n"},
       {R"(call clsZKString Filter 'Expression:="a"')", 1, "",
        "Error 449 (ZKRuntimeLib): Argument not optional\n"},
+      {R"(call clsZKmd5 DigestFileToHexStr '"/dev/zero"')", 1, "",
+       "Error 52 (ZKRuntimeLib): Bad file name or number\n"},
+      {"call clsZKRunTimeLib Init 'Array(-2147483648 To 2147483647, -2147483648 To 2147483647:)'",
+       2, "",
+       "tsrt: cannot read the argument Array(-2147483648 To 2147483647, -2147483648 To "
+       "2147483647:): the bounds describe too large an array at column 1"},
       {"", 2, "", "tsrt: no command given"},
       {"frobnicate", 2, "", "tsrt: unknown command frobnicate"},
       {"call clsZKRunTimeLib", 2, "", "tsrt: wrong number of words after call"},

@@ -550,14 +550,16 @@ class Parser {
 
   SafeArray Filled(VarType element, const std::vector<Bounds>& dims,
                    const std::vector<Variant>& items, size_t start) const {
-    // The element count, computed so that no product can overflow.
+    // The element count, capped before each product so that none can overflow (two
+    // full 32-bit ranges alone would wrap 64 bits to zero).
+    constexpr uint64_t kCap = 1ull << 31;
     uint64_t nonzero = 1;
     bool any_zero = false;
     for (const Bounds& b : dims) {
       if (b.count() == 0) {
         any_zero = true;
       } else {
-        nonzero = std::min<uint64_t>(nonzero * static_cast<uint64_t>(b.count()), 1ull << 40);
+        nonzero = std::min(nonzero, kCap) * std::min(static_cast<uint64_t>(b.count()), kCap);
       }
     }
     if (nonzero >= (1ull << 31)) FailAt("the bounds describe too large an array", start);

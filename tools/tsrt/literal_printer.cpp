@@ -98,7 +98,9 @@ std::string PrintDouble(double d, VarType declared) {
   if (!std::isfinite(d)) return NonFinite(d, "CDbl");
   std::string s = Shortest(d);
   const bool reads_as_double = s.find_first_of(".E") != std::string::npos;
-  if (!reads_as_double && declared != VarType::kDouble) s += '#';
+  // A bare -0 would read as the Integer 0, which converts to +0: it keeps its mark.
+  const bool negative_zero = d == 0 && std::signbit(d);
+  if (!reads_as_double && (declared != VarType::kDouble || negative_zero)) s += '#';
   return s;
 }
 

@@ -34,7 +34,9 @@ class SafeArray {
   // elements, before anything is allocated.
   SafeArray(VarType element, std::vector<Bounds> dims);
 
-  // One-dimensional array holding `items`, lower bound `lower`.
+  // One-dimensional array holding `items`, lower bound `lower`. Overflow (6) when the
+  // last index would pass INT32_MAX; out of memory (7) for no items from INT32_MIN,
+  // whose upper bound INT32_MIN - 1 no array can hold.
   static SafeArray FromStrings(const std::vector<String>& items, int32_t lower = 0);
   static SafeArray FromBytes(std::span<const uint8_t> bytes, int32_t lower = 0);
   static SafeArray FromVariants(std::vector<Variant> items, int32_t lower = 0);

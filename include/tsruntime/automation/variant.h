@@ -70,15 +70,26 @@ class Variant {
  public:
   Variant() = default;  // Empty
   Variant(const Variant&) = default;
-  Variant& operator=(const Variant&) = default;
+  // An object or array held before an assignment is released as by the destructor.
+  Variant& operator=(const Variant& o) {
+    Variant copy(o);  // `o` may live inside the array this one holds
+    std::swap(v_, copy.v_);
+    return *this;
+  }
   // A Variant moved from is Empty (an array's storage went with the move).
   Variant(Variant&& o) noexcept : v_(std::move(o.v_)) { o.v_.emplace<std::monostate>(); }
   Variant& operator=(Variant&& o) noexcept {
     if (this != &o) {
+      Variant old(std::move(*this));
       v_ = std::move(o.v_);
       o.v_.emplace<std::monostate>();
     }
     return *this;
+  }
+  // Releasing a value that holds objects or arrays, which may hold others in turn, takes
+  // a loop rather than the stack: a chain nested a million deep is released like one.
+  ~Variant() {
+    if (isObject() || isArray()) ReleaseNested();
   }
   Variant(NullValue) : v_(NullValue{}) {}
   Variant(int16_t x) : v_(x) {}
@@ -147,6 +158,8 @@ class Variant {
   friend bool operator==(const Variant& a, const Variant& b);
 
  private:
+  void ReleaseNested() noexcept;
+
   // Arrays are values: copying a Variant copies the array.
   struct ArrayBox {
     std::unique_ptr<SafeArray> p;
