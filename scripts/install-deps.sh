@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(
-  build-essential cmake ninja-build pkg-config
+  build-essential cmake ninja-build pkg-config ccache
   libgtest-dev libgmock-dev libbenchmark-dev
   libicu-dev zlib1g-dev uuid-dev libsqlite3-dev libx11-dev
   qt6-base-dev libxcb1-dev xvfb xauth x11-xkb-utils

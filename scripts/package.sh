@@ -6,6 +6,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 out=$(realpath -m "${1:-build/packages}")
 bash scripts/install-deps.sh
+source scripts/compiler-cache.sh
 cmake --preset release -B build/package -DCMAKE_INSTALL_PREFIX=/usr \
   -DTSRUNTIME_TESTS=OFF -DTSRUNTIME_BENCHMARKS=OFF >/dev/null
 cmake --build build/package
