@@ -5,49 +5,22 @@
 #include <X11/XKBlib.h>
 #include <X11/Xlib.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <stdlib.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <chrono>
-#include <cstring>
 #include <string>
-#include <thread>
+
+#include "support/xvfb_server.h"
 
 namespace tsruntime::testing {
 
 class XvfbDisplay {
  public:
   XvfbDisplay() {
-    int fds[2];
-    if (pipe(fds) != 0) return;
-    pid_ = fork();
-    if (pid_ == 0) {
-      close(fds[0]);
-      const std::string fd = std::to_string(fds[1]);
-      // -noreset: the server would otherwise drop the keymap when its last client leaves.
-      execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-nolisten", "tcp", "-noreset",
-             static_cast<char*>(nullptr));
-      _exit(127);
-    }
-    close(fds[1]);
-    // Read to the end: Xvfb writes the number and the line end separately and dies if
-    // the pipe is gone in between.
-    std::string number;
-    char buf[16];
-    for (ssize_t n; (n = read(fds[0], buf, sizeof buf)) != 0;) {
-      if (n > 0) number.append(buf, static_cast<size_t>(n));
-      if (n < 0 && errno != EINTR) break;
-    }
-    close(fds[0]);
-    number = number.substr(0, number.find('\n'));
-    if (number.empty()) {
+    if (server_.display().empty()) {
       ADD_FAILURE() << "no display number from Xvfb";
       return;
     }
-    name_ = ":" + number;
+    name_ = server_.display();
     const char* old = getenv("DISPLAY");
     saved_ = old ? old : "";
     had_display_ = old != nullptr;
@@ -56,10 +29,6 @@ class XvfbDisplay {
   }
   ~XvfbDisplay() {
     if (x_) XCloseDisplay(x_);
-    if (pid_ > 0) {
-      kill(pid_, SIGTERM);
-      waitpid(pid_, nullptr, 0);
-    }
     if (had_display_) {
       setenv("DISPLAY", saved_.c_str(), 1);
     } else {
@@ -90,7 +59,7 @@ class XvfbDisplay {
   }
 
  private:
-  pid_t pid_ = -1;
+  XvfbServer server_;
   std::string name_;
   std::string saved_;
   bool had_display_ = false;

@@ -3,15 +3,15 @@
 // by a gtest filter; the child knows itself by TSRUNTIME_TEST_XCB_CHILD.
 #pragma once
 
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+
+#include "support/xvfb_server.h"
 
 namespace tsruntime::testing {
 
@@ -19,40 +19,12 @@ inline bool IsXcbChild() { return std::getenv("TSRUNTIME_TEST_XCB_CHILD") != nul
 
 class Xvfb {
  public:
-  // Starts Xvfb on a free display; display() is empty when it could not start.
-  Xvfb() {
-    int fds[2];
-    if (pipe(fds) != 0) return;
-    pid_ = fork();
-    if (pid_ == 0) {
-      close(fds[0]);
-      const std::string fd = std::to_string(fds[1]);
-      execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "640x480x24", "-nolisten",
-             "tcp", static_cast<char*>(nullptr));
-      _exit(127);
-    }
-    close(fds[1]);
-    // The number arrives in pieces, ended by a newline.
-    std::string number;
-    char c = 0;
-    while (true) {
-      const ssize_t n = read(fds[0], &c, 1);
-      if (n < 0 && errno == EINTR) continue;
-      if (n <= 0 || c == '\n') break;
-      number += c;
-    }
-    close(fds[0]);
-    if (!number.empty() && c == '\n') display_ = ":" + number;
-  }
-  ~Xvfb() {
-    if (pid_ <= 0) return;
-    kill(pid_, SIGTERM);
-    waitpid(pid_, nullptr, 0);
-  }
+  Xvfb() = default;
   Xvfb(const Xvfb&) = delete;
   Xvfb& operator=(const Xvfb&) = delete;
 
-  const std::string& display() const { return display_; }
+  // Empty when the server could not start.
+  const std::string& display() const { return server_.display(); }
 
   // Runs this test program's tests matching `filter` on this display with the xcb
   // platform; returns their output, ending with gtest's summary.
@@ -60,7 +32,7 @@ class Xvfb {
     std::array<char, 4096> self{};
     const ssize_t len = readlink("/proc/self/exe", self.data(), self.size() - 1);
     if (len <= 0) return "no test program";
-    const std::string command = "DISPLAY=" + display_ +
+    const std::string command = "DISPLAY=" + display() +
                                 " QT_QPA_PLATFORM=xcb TSRUNTIME_TEST_XCB_CHILD=1"
                                 " LSAN_OPTIONS=suppressions=" TEST_SOURCE_DIR
                                 "/ui/lsan_suppressions.txt '" +
@@ -76,8 +48,7 @@ class Xvfb {
   }
 
  private:
-  pid_t pid_ = -1;
-  std::string display_;
+  XvfbServer server_;
 };
 
 }  // namespace tsruntime::testing
