@@ -18,11 +18,10 @@
 #include <cstring>
 #include <functional>
 #include <memory>
-#include <random>
-#include <string_view>
 #include <vector>
 
 #include "string_peer_ratio.h"
+#include "support/mixed_bytes.h"
 #include "tsruntime/clsZKMem.h"
 
 namespace {
@@ -31,32 +30,8 @@ using namespace tsruntime;
 
 constexpr size_t kSize = size_t{100} << 20;
 
-// Runs of words, repeats and noise, as host data mixes them.
-std::vector<uint8_t> MixedData() {
-  static constexpr std::string_view kWords[] = {"Программа ", "error ", "0042;", "\r\n",
-                                                "clsZKMem ", "данные ", "    "};
-  std::mt19937 random(7);
-  std::vector<uint8_t> out;
-  out.reserve(kSize);
-  while (out.size() < kSize) {
-    const uint32_t kind = random() % 3;
-    const size_t run = 16 + random() % 240;
-    for (size_t i = 0; i < run && out.size() < kSize; ++i) {
-      if (kind == 0) {
-        out.push_back(static_cast<uint8_t>(random()));
-      } else if (kind == 1) {
-        for (char c : kWords[random() % std::size(kWords)]) out.push_back(static_cast<uint8_t>(c));
-      } else {
-        out.push_back(static_cast<uint8_t>(out.size() % 7 + 'a'));
-      }
-    }
-  }
-  out.resize(kSize);
-  return out;
-}
-
 const std::vector<uint8_t>& Data() {
-  static const std::vector<uint8_t> data = MixedData();
+  static const std::vector<uint8_t> data = testing::MixedBytes(kSize, 7);
   return data;
 }
 
@@ -125,7 +100,7 @@ BENCHMARK(Decompress_Zlib)->Name("Mem/Decompress100MiB/peer")->Unit(benchmark::k
 // checks the result; 0 when the round trip failed.
 double PeakOfRoundTrip(const std::function<bool(const std::vector<uint8_t>&)>& round_trip) {
   const pid_t child = fork();
-  if (child == 0) _exit(round_trip(MixedData()) ? 0 : 1);
+  if (child == 0) _exit(round_trip(testing::MixedBytes(kSize, 7)) ? 0 : 1);
   int status = 0;
   rusage usage{};
   if (wait4(child, &status, 0, &usage) != child || !WIFEXITED(status) || WEXITSTATUS(status)) {

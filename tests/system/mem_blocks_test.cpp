@@ -8,7 +8,7 @@
 #include <cfenv>
 #include <cmath>
 
-#include "system/mixed_bytes.h"
+#include "support/mixed_bytes.h"
 #include "tsruntime/clsZKMem.h"
 
 namespace tsruntime {
