@@ -15,7 +15,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "child_process.h"
+#include "support/child_process.h"
 #include "x_server.h"
 #include "modal_script.h"
 #include "report_file_name.h"
