@@ -98,14 +98,25 @@ std::string DefaultLiteral(uint16_t declared, const tsrt_variant& v) {
   }
 }
 
-Param ReadParam(const tsrt_param_info& info) {
-  Param p;
-  p.name = Utf8(info.name);
-  p.type = info.type;
-  p.optional = info.optional != 0;
-  p.writes_back = info.writes_back != 0;
-  if (p.optional) p.default_literal = DefaultLiteral(p.type, info.default_value);
-  return p;
+// The parameters of a member or an event; `read` is tsrt_class_member_param or
+// tsrt_class_event_param.
+using ParamReader = int (*)(const tsrt_class*, size_t, size_t, tsrt_param_info*);
+std::vector<Param> ReadParams(const tsrt_class* cls, size_t index, size_t count,
+                              ParamReader read, const std::string& where) {
+  std::vector<Param> params;
+  for (size_t i = 0; i < count; ++i) {
+    tsrt_param_info info{};
+    if (!read(cls, index, i, &info)) Fail(where + ": a parameter cannot be read");
+    Param p;
+    p.name = Utf8(info.name);
+    p.type = info.type;
+    p.optional = info.optional != 0;
+    p.writes_back = info.writes_back != 0;
+    if (p.optional) p.default_literal = DefaultLiteral(p.type, info.default_value);
+    tsrt_variant_clear(&info.default_value);
+    params.push_back(std::move(p));
+  }
+  return params;
 }
 
 ClassInfo ReadClass(const tsrt_class* cls) {
@@ -125,24 +136,16 @@ ClassInfo ReadClass(const tsrt_class* cls) {
       tsrt_class_info rc{};
       if (tsrt_class_describe(mi.return_class, &rc)) member.return_class = Utf8(rc.name);
     }
-    for (size_t p = 0; p < mi.param_count; ++p) {
-      tsrt_param_info pi{};
-      if (!tsrt_class_member_param(cls, m, p, &pi)) Fail(c.name + "." + member.name);
-      member.params.push_back(ReadParam(pi));
-      tsrt_variant_clear(&pi.default_value);
-    }
+    member.params =
+        ReadParams(cls, m, mi.param_count, tsrt_class_member_param, c.name + "." + member.name);
     c.members.push_back(std::move(member));
   }
   for (size_t e = 0; e < info.event_count; ++e) {
     tsrt_event_info ei{};
     if (!tsrt_class_event(cls, e, &ei)) Fail(c.name + ": an event cannot be read");
     Event event{Utf8(ei.name), {}};
-    for (size_t p = 0; p < ei.param_count; ++p) {
-      tsrt_param_info pi{};
-      if (!tsrt_class_event_param(cls, e, p, &pi)) Fail(c.name + "." + event.name);
-      event.params.push_back(ReadParam(pi));
-      tsrt_variant_clear(&pi.default_value);
-    }
+    event.params =
+        ReadParams(cls, e, ei.param_count, tsrt_class_event_param, c.name + "." + event.name);
     c.events.push_back(std::move(event));
   }
   return c;
