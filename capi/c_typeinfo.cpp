@@ -1,5 +1,7 @@
 // Type information across the C boundary: classes, members, parameters, events, enums.
 #include <algorithm>
+#include <map>
+#include <mutex>
 
 #include "c_boundary.h"
 
@@ -29,28 +31,34 @@ int DescribeParam(const ParamInfo& p, tsrt_param_info* info) {
   return 1;
 }
 
-// The registry is complete once the library has loaded and never changes after, so one
-// snapshot serves every call; ProgIDs are built here once so that they can be borrowed.
-struct Catalog {
-  std::vector<const ClassInfo*> classes;
-  std::vector<String> prog_ids;
-  std::vector<const EnumInfo*> enums;
-};
-
-const Catalog& Registry() noexcept {
-  static const Catalog catalog = [] {
-    Catalog made;
-    // Out of memory here leaves the catalog empty rather than throwing into C.
-    Guard(nullptr, [&] {
-      Catalog full{RegisteredClasses(), {}, RegisteredEnums()};
-      for (const ClassInfo* c : full.classes) full.prog_ids.push_back(c->progId());
-      made = std::move(full);
-    });
-    return made;
-  }();
-  return catalog;
+// The registry changes once more when a separately loaded module (the user interface)
+// registers its classes in place of the names listed up front, so the list is read
+// afresh on each call. ProgIDs are built once per class and kept, so that they can be
+// borrowed for as long as the library is loaded.
+const String* ProgIdOf(const ClassInfo* c) noexcept {
+  static std::mutex mutex;
+  static std::map<const ClassInfo*, String> prog_ids;
+  const String* found = nullptr;
+  Guard(nullptr, [&] {
+    std::lock_guard lock(mutex);
+    auto at = prog_ids.find(c);
+    if (at == prog_ids.end()) at = prog_ids.emplace(c, c->progId()).first;
+    found = &at->second;
+  });
+  return found;
 }
-const std::vector<const EnumInfo*>& Enums() { return Registry().enums; }
+
+std::vector<const ClassInfo*> Classes() noexcept {
+  std::vector<const ClassInfo*> classes;
+  Guard(nullptr, [&] { classes = RegisteredClasses(); });
+  return classes;
+}
+
+std::vector<const EnumInfo*> Enums() noexcept {
+  std::vector<const EnumInfo*> enums;
+  Guard(nullptr, [&] { enums = RegisteredEnums(); });
+  return enums;
+}
 
 }  // namespace
 }  // namespace tsruntime::capi
@@ -60,10 +68,10 @@ using namespace tsruntime::capi;
 
 extern "C" {
 
-size_t tsrt_class_count(void) { return Registry().classes.size(); }
+size_t tsrt_class_count(void) { return Classes().size(); }
 
 const tsrt_class* tsrt_class_at(size_t index) {
-  const auto& classes = Registry().classes;
+  const auto classes = Classes();
   return index < classes.size() ? ToHandle(classes[index]) : nullptr;
 }
 
@@ -79,13 +87,12 @@ const tsrt_class* tsrt_object_class(const tsrt_object* object) {
 int tsrt_class_describe(const tsrt_class* cls, tsrt_class_info* info) {
   const ClassInfo* c = FromHandle(cls);
   if (!c || !info) return 0;
-  const auto& classes = Registry().classes;
-  const size_t at = static_cast<size_t>(
-      std::find(classes.begin(), classes.end(), c) - classes.begin());
-  if (at == classes.size()) return 0;
-  const String& prog_id = Registry().prog_ids[at];
+  const auto classes = Classes();
+  if (std::find(classes.begin(), classes.end(), c) == classes.end()) return 0;
+  const String* prog_id = ProgIdOf(c);
+  if (!prog_id) return 0;
   *info = tsrt_class_info{Borrow(c->name),
-                          Borrow(prog_id),
+                          Borrow(*prog_id),
                           c->creatable && c->factory ? 1 : 0,
                           c->enumerable() ? 1 : 0,
                           Borrow(c->defaultMember),
@@ -131,15 +138,17 @@ int tsrt_class_event_param(const tsrt_class* cls, size_t event, size_t param,
 size_t tsrt_enum_count(void) { return Enums().size(); }
 
 int tsrt_enum_describe(size_t index, tsrt_text* name, size_t* member_count) {
-  if (index >= Enums().size()) return 0;
-  if (name) *name = Borrow(Enums()[index]->name);
-  if (member_count) *member_count = Enums()[index]->members.size();
+  const auto enums = Enums();
+  if (index >= enums.size()) return 0;
+  if (name) *name = Borrow(enums[index]->name);
+  if (member_count) *member_count = enums[index]->members.size();
   return 1;
 }
 
 int tsrt_enum_member(size_t index, size_t member, tsrt_text* name, int32_t* value) {
-  if (index >= Enums().size() || member >= Enums()[index]->members.size()) return 0;
-  const auto& [member_name, member_value] = Enums()[index]->members[member];
+  const auto enums = Enums();
+  if (index >= enums.size() || member >= enums[index]->members.size()) return 0;
+  const auto& [member_name, member_value] = enums[index]->members[member];
   if (name) *name = Borrow(member_name);
   if (value) *value = member_value;
   return 1;

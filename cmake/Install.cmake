@@ -6,6 +6,7 @@
 #   development  headers, CMake package, pkg-config file, the link-time name
 #   tools        tsrt
 #   python       the Python package
+#   gambas       the Gambas component (gambas/CMakeLists.txt)
 include(CMakePackageConfigHelpers)
 
 # Modules the library loads beside itself find it, and each other, in the same folder.

@@ -3,6 +3,7 @@
 #   libtsruntime-dev   headers, CMake package, pkg-config file
 #   python3-tsruntime  the Python package, in the system Python's dist-packages
 #   tsruntime-tools    tsrt
+#   gambas3-tsruntime  the Gambas component gb.tsruntime (cmake/PackagingGambas.cmake)
 # Dependencies on Debian's libraries come from dpkg-shlibdeps; the packages depend on
 # each other at exactly this version.
 set(CPACK_GENERATOR DEB)
@@ -42,5 +43,7 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME tsruntime-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${exact}")
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION "Tessaly Runtime Library: tsrt, the command-line host")
+
+include(${CMAKE_CURRENT_LIST_DIR}/PackagingGambas.cmake)
 
 include(CPack)

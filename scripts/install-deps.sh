@@ -13,9 +13,9 @@ packages=(
   coreutils locales
 )
 
-# Toolchains of the binding examples (examples/gambas, examples/pascal). Only their tests
-# use them; CMake leaves those tests out where they are missing, and the library's own
-# build never needs them.
+# Toolchains of the bindings: the Free Pascal example (examples/pascal) and the Gambas
+# component (gambas/, built with gbc3 and gba3 for gambas3-tsruntime). CMake leaves them
+# and their tests out where they are missing; the library itself never needs them.
 binding_packages=(
   fp-compiler
   gambas3-devel gambas3-runtime

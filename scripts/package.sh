@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds the Debian packages from an optimised build for the /usr prefix:
-# libtsruntime1, libtsruntime-dev, python3-tsruntime and tsruntime-tools.
+# libtsruntime1, libtsruntime-dev, python3-tsruntime, tsruntime-tools and
+# gambas3-tsruntime (cmake/PackagingGambas.cmake).
 #   scripts/package.sh [OUTDIR]     (default build/packages)
 set -euo pipefail
 cd "$(dirname "$0")/.."

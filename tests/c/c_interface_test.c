@@ -658,8 +658,23 @@ static void type_information_is_readable(void) {
   check(codes_found, "the error code enumeration lists its 29 members");
 }
 
+/* Runs before anything loads the user-interface module: the listing is read first, then
+ * the module loads when its class is looked up by name. */
+static void module_classes_describe_themselves_once_loaded(void) {
+  const size_t count = tsrt_class_count();
+  const tsrt_class* timer = tsrt_class_find(u"CTimer", 6);
+  tsrt_class_info info;
+  check(timer && tsrt_class_describe(timer, &info) && info.event_count == 1 &&
+            info.member_count >= 5,
+        "a class of the user-interface module describes its members once the module loads");
+  int listed = 0;
+  for (size_t i = 0; i < tsrt_class_count(); ++i) listed |= tsrt_class_at(i) == timer;
+  check(listed && tsrt_class_count() == count, "the listing then holds the loaded class");
+}
+
 int main(void) {
   check(tsrt_version() == TSRT_C_VERSION, "the library implements the header's version");
+  module_classes_describe_themselves_once_loaded();
   results_of_string_members();
   errors_carry_five_fields();
   written_back_arguments_change_in_place();

@@ -44,6 +44,8 @@ for p in libtsruntime-dev python3-tsruntime tsruntime-tools; do
   check "$p depends on this very runtime" depends $p 'libtsruntime1 \(= [0-9.]+\)'
 done
 
+source "$(dirname "$0")/check_gambas_package.sh"
+
 # The unpacked tree is a prefix like any other: its programs find their library.
 export LD_LIBRARY_PATH=
 check "the unpacked tsrt runs" bash -c "[ \"\$('$root/usr/bin/tsrt' call clsZKRunTimeLib Init)\" = True ]"
