@@ -77,6 +77,10 @@ SafeArray SafeArray::FromVariants(std::vector<Variant> items, int32_t lower) {
   return a;
 }
 
+void SafeArray::RequireElementType(VarType element) const {
+  if (element_ != element) RaiseRuntime(RuntimeError::kTypeMismatch);
+}
+
 int32_t SafeArray::lbound(int dim) const {
   if (dim < 1 || dim > dimensions()) OutOfRange();
   return dims_[dim - 1].lower;

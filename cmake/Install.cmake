@@ -9,13 +9,13 @@
 #   gambas       the Gambas component (gambas/CMakeLists.txt)
 include(CMakePackageConfigHelpers)
 
-# Modules the library loads beside itself find it, and each other, in the same folder.
-set_target_properties(tsruntime PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(TARGETS tsruntime EXPORT tsruntimeTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime
           NAMELINK_COMPONENT development
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+# Modules the library loads beside itself find it, and each other, in the same folder.
+tsruntime_runpath(tsruntime ${CMAKE_INSTALL_LIBDIR} runtime)
 install(DIRECTORY include/tsruntime DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   COMPONENT development)
 # The compression module goes beside the library, where the runtime looks for it first.

@@ -9,16 +9,15 @@ bool clsZKStorage::Save(const String& FileFullName) const {
   return Quietly([&] {
     bool failed = false;
     const String text = ToString(failed);
-    // A root that cannot be written leaves the old file alone rather than empty it.
-    if (failed) return false;
     std::vector<uint8_t> bytes(text.size() * 2);
     for (size_t i = 0; i < text.size(); ++i) {
       bytes[2 * i] = static_cast<uint8_t>(text[i] & 0xFF);
       bytes[2 * i + 1] = static_cast<uint8_t>(text[i] >> 8);
     }
+    // Whatever was built is written, even when the root's own step failed.
     const bool written =
         New<clsZKFileSystem>()->BinaryWrite(FileFullName, SafeArray::FromBytes(bytes));
-    return written;
+    return written && !failed;
   });
 }
 

@@ -18,7 +18,7 @@ namespace {
 constexpr std::u16string_view kClasses[] = {
     u"clsZKRunTimeLib", u"clsZKString",     u"clsZKStringConcat", u"clsZKArray",
     u"clsZKmd5",        u"clsZKDictionary", u"clsZKStorage",      u"clsZKStorageNodes",
-    u"clsZKStorageItems"};
+    u"clsZKStorageItems", u"clsZKMem"};
 constexpr size_t kPool = 8;
 
 struct Call {

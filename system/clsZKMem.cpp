@@ -38,7 +38,7 @@ std::optional<int32_t> Capacity(int32_t size, double factor) {
 // The bytes of a one-dimensional byte array counted from index 0 up to its upper bound,
 // or none when the array holds no index 0 (an empty array from 0 is fine).
 std::optional<std::span<const uint8_t>> BytesFromZero(const SafeArray& a) {
-  if (a.elementType() != VarType::kByte || a.dimensions() != 1) return std::nullopt;
+  if (a.dimensions() != 1) return std::nullopt;
   const int64_t lower = a.lbound(), upper = a.ubound();
   if (lower > 0 || (upper < 0 && lower < 0)) return std::nullopt;
   const size_t skip = static_cast<size_t>(-lower);
@@ -91,21 +91,21 @@ int32_t clsZKMem::LShift(int32_t Expression, int32_t lngBits) const {
 }
 
 bool clsZKMem::CompressData(SafeArray& DataArray) {
-  if (DataArray.elementType() != VarType::kByte || DataArray.dimensions() != 1) return false;
-  original_size_ = DataArray.ubound() + 1;
+  DataArray.RequireElementType(VarType::kByte);
+  // Stored before anything can fail. An array never dimensioned holds nothing, and an
+  // upper bound of 2147483647 has no Long above it.
+  const bool sized = DataArray.isDimensioned() && DataArray.ubound() < INT32_MAX;
+  original_size_ = sized ? DataArray.ubound() + 1 : 0;
+  compressed_size_ = 0;
   const auto source = BytesFromZero(DataArray);
   const auto capacity = Capacity(original_size_, 0.01);
   const TszlibModule* zlib = Tszlib();
-  if (!source || !capacity || *capacity < 0 || !zlib) {
-    compressed_size_ = 0;
-    return false;
-  }
+  if (!source || !capacity || *capacity < 0 || !zlib) return false;
   // Room for the trailer after the longest stream the capacity allows.
   ReservedBuffer work(static_cast<size_t>(*capacity) + 1 + kTrailer);
   uint32_t written = static_cast<uint32_t>(*capacity);
   if (!work.data() || zlib->compress(work.data(), &written, source->data(),
                                      static_cast<uint32_t>(source->size())) != 0) {
-    compressed_size_ = 0;
     return false;
   }
   WriteLittleEndian(work.data() + written, static_cast<uint32_t>(original_size_));
@@ -115,6 +115,7 @@ bool clsZKMem::CompressData(SafeArray& DataArray) {
 }
 
 bool clsZKMem::DecompressData(SafeArray& DataArray) {
+  DataArray.RequireElementType(VarType::kByte);
   const auto block = BytesFromZero(DataArray);
   if (!block || block->size() <= kTrailer) return false;
   // One byte before the trailer: the last stream byte and the trailer's three low bytes.

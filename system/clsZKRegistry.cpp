@@ -118,7 +118,7 @@ int32_t clsZKRegistry::GetLong(int32_t hKey, const String& strSubKey, const Stri
 
 bool clsZKRegistry::SetBinary(int32_t hKey, const String& strSubKey, const String& strValueName,
                               const SafeArray& abytValue) {
-  if (abytValue.elementType() != VarType::kByte) RaiseRuntime(RuntimeError::kTypeMismatch);
+  abytValue.RequireElementType(VarType::kByte);
   return WriteValue(hKey, strSubKey, strValueName, kRegBinary, abytValue.bytes());
 }
 
@@ -156,6 +156,7 @@ TSRUNTIME_DEFINE_CLASS(clsZKRegistry) {
               {"hKey", "strSubKey", "strValueName", Typed("abytValue", ArrayOf(VarType::kByte))})
           .Method("GetBinary", &clsZKRegistry::GetBinary,
                   {"hKey", "strSubKey", "strValueName", Opt("blnError")})
+          .Returns(ArrayOf(VarType::kByte))
           .Build();
   return info;
 }

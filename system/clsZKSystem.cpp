@@ -28,6 +28,10 @@ std::optional<String> ActiveLayoutName(x11::Display& display,
   return KeyboardLayoutName(g < layouts.size() ? layouts[g] : std::string());
 }
 
+// A name the platform keeps in UTF-8, as the ANSI call hands it over: characters the
+// ANSI code page lacks become "?".
+String PlatformName(const char* name) { return AnsiRoundTrip(FromUtf8(name)); }
+
 bool EndsWith(StringView text, StringView tail) {
   return text.size() >= tail.size() && text.substr(text.size() - tail.size()) == tail;
 }
@@ -92,7 +96,7 @@ void clsZKSystem::GetMousePos(int32_t& x, int32_t& Y) const {
 String clsZKSystem::GetComputerName() const {
   char name[256] = {};
   if (gethostname(name, sizeof name - 1) != 0) return {};
-  return AnsiToString(std::span(reinterpret_cast<const uint8_t*>(name), std::strlen(name)));
+  return PlatformName(name);
 }
 
 String clsZKSystem::GetUserName() const {
@@ -103,9 +107,7 @@ String clsZKSystem::GetUserName() const {
     return {};
   }
   // The platform counts the terminating zero in the length it reports, and hosts get it.
-  const std::string_view name(found->pw_name);
-  return AnsiToString(std::span(reinterpret_cast<const uint8_t*>(name.data()), name.size())) +
-         u'\0';
+  return PlatformName(found->pw_name) + u'\0';
 }
 
 TSRUNTIME_DEFINE_CLASS(clsZKSystem) {

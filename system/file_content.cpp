@@ -1,26 +1,17 @@
 #include "file_content.h"
 
 #include <fcntl.h>
-#include <sys/random.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 
+#include "file_copies.h"
 #include "fs_paths.h"
 
 namespace tsruntime::fs_detail {
 namespace {
-
-struct Fd {
-  int fd = -1;
-  explicit Fd(int f) : fd(f) {}
-  ~Fd() {
-    if (fd >= 0) ::close(fd);
-  }
-  Fd(const Fd&) = delete;
-  Fd& operator=(const Fd&) = delete;
-};
 
 bool WriteAll(int fd, std::span<const uint8_t> content) {
   const uint8_t* at = content.data();
@@ -37,51 +28,88 @@ bool WriteAll(int fd, std::span<const uint8_t> content) {
   return true;
 }
 
-std::string FolderOf(const std::string& path) {
-  const size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
+// Only files and disks hold data to flush; a pipe, a terminal or the null device has
+// nothing to flush, and asking is an error there.
+bool Flush(int fd, const struct stat& info) {
+  return !(S_ISREG(info.st_mode) || S_ISBLK(info.st_mode)) || ::fsync(fd) == 0;
 }
 
-// The file a chain of symbolic links ends at (which may not exist yet), or "" for a
-// chain that loops or cannot be read.
-std::string FinalTarget(std::string path) {
-  for (int hops = 0; hops < 40; ++hops) {
-    struct stat info;
-    if (::lstat(path.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return path;
-    std::string link(static_cast<size_t>(info.st_size > 0 ? info.st_size : 4096) + 1, '\0');
-    const ssize_t n = ::readlink(path.c_str(), link.data(), link.size());
-    if (n < 0 || static_cast<size_t>(n) >= link.size()) return {};
-    link.resize(static_cast<size_t>(n));
-    path = link.starts_with('/') ? link : FolderOf(path) + "/" + link;
-  }
-  return {};
+bool OutOfSpace(int error) { return error == ENOSPC || error == EDQUOT; }
+
+// Opens for writing without waiting: a pipe with no reader is a failed open (ENXIO)
+// rather than a host that hangs. Once open, writes wait as any write does.
+int OpenForWriting(const std::string& path, int flags) {
+  const int fd = ::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | flags, 0666);
+  if (fd >= 0) ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+  return fd;
 }
 
-// Creates a new temporary file beside `target`, named after it, with `mode` before the
-// umask; the name goes to `temp_path`.
-int CreateTemporary(const std::string& target, mode_t mode, std::string& temp_path) {
-  static constexpr char kLetters[] =
-      "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
-  const size_t slash = target.rfind('/');
-  const std::string folder = slash == std::string::npos ? "" : target.substr(0, slash + 1);
-  // Room for the dot and the suffix within the 255 bytes a name may have.
-  const std::string name = target.substr(slash + 1).substr(0, 200);
-  for (int attempt = 0; attempt < 100; ++attempt) {
-    uint8_t random[6];
-    if (::getrandom(random, sizeof random, 0) != sizeof random) return -1;
-    std::string suffix;
-    for (uint8_t r : random) suffix += kLetters[r % (sizeof kLetters - 1)];
-    temp_path = folder + "." + name + ".tsrt-" + suffix;
-    const int fd = ::open(temp_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-    if (fd >= 0 || errno != EEXIST) return fd;
+// Whether `size` bytes can take the place of `old` bytes in the open file without
+// running out part way: the room is reserved first, and the process's file size limit
+// checked. A file system that reserves nothing is simply tried.
+bool RoomFor(int fd, off_t old, off_t size) {
+  rlimit limit;
+  if (::getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY &&
+      static_cast<rlim_t>(size) > limit.rlim_cur) {
+    return false;
   }
-  return -1;
+  if (size <= old || ::fallocate(fd, FALLOC_FL_KEEP_SIZE, old, size - old) == 0) return true;
+  return errno == EOPNOTSUPP || errno == ENOSYS;
+}
+
+// The interface's own route: the file opened and written as it stands. A device or a
+// pipe is written into; a file is overwritten from its start and cut to the new length,
+// and keeps its owner, group, permissions and every other name it has. The old content
+// stays when the new one cannot fit; a crash part way leaves a mixture.
+bool WriteInPlace(const std::string& path, std::span<const uint8_t> content) {
+  const Fd out(OpenForWriting(path, 0));
+  struct stat info;
+  if (out.fd < 0 || ::fstat(out.fd, &info) != 0 || S_ISDIR(info.st_mode)) return false;
+  if (!S_ISREG(info.st_mode)) return WriteAll(out.fd, content) && Flush(out.fd, info);
+  const auto size = static_cast<off_t>(content.size());
+  return RoomFor(out.fd, info.st_size, size) && WriteAll(out.fd, content) &&
+         ::ftruncate(out.fd, size) == 0 && Flush(out.fd, info);
+}
+
+// Gives the copy the old file's owner, group and permission bits. False when this
+// process may not, so that a rename would change them.
+bool TakeOver(int fd, const struct stat& old) {
+  struct stat now;
+  if (::fstat(fd, &now) != 0) return false;
+  if ((now.st_uid != old.st_uid || now.st_gid != old.st_gid) &&
+      ::fchown(fd, old.st_uid, old.st_gid) != 0) {
+    return false;
+  }
+  // A set-group-ID bit the process may not give is dropped without an error.
+  return ::fchmod(fd, old.st_mode & 07777) == 0 && ::fstat(fd, &now) == 0 &&
+         now.st_uid == old.st_uid && now.st_gid == old.st_gid &&
+         (now.st_mode & 07777) == (old.st_mode & 07777);
 }
 
 void SyncFolder(const std::string& path) {
   const Fd folder(::open(FolderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (folder.fd >= 0) ::fsync(folder.fd);
+}
+
+enum class Route { kDone, kFailed, kInPlace };
+
+// The crash-safe route: a whole copy, flushed, renamed over the target. It gives way to
+// writing in place wherever the rename would change what the user sees, or where only
+// the file itself has room for the new content.
+Route ReplaceByRename(const std::string& target, const struct stat* old,
+                      std::span<const uint8_t> content) {
+  TemporaryCopy copy(target, old ? 0600 : 0666);
+  if (copy.fd() < 0) return Route::kInPlace;  // a folder the user may not write, say
+  if (!WriteAll(copy.fd(), content) || ::fsync(copy.fd()) != 0) {
+    return OutOfSpace(errno) ? Route::kInPlace : Route::kFailed;
+  }
+  if (old && !TakeOver(copy.fd(), *old)) return Route::kInPlace;
+  if (!copy.PutInPlace(target)) {
+    return errno == EPERM || errno == EACCES || errno == EBUSY ? Route::kInPlace
+                                                                : Route::kFailed;
+  }
+  SyncFolder(target);
+  return Route::kDone;
 }
 
 }  // namespace
@@ -117,34 +145,32 @@ bool WholeFileReader::ReadAll(uint8_t* to, size_t n) {
 
 bool ReplaceFileContent(const std::string& path, std::span<const uint8_t> content,
                         ReadOnlyTarget read_only) {
-  const std::string target = FinalTarget(path);
-  if (target.empty()) return false;
   struct stat old;
-  const bool existed = ::stat(target.c_str(), &old) == 0;
+  const bool existed = ::stat(path.c_str(), &old) == 0;
   if (!existed && errno != ENOENT) return false;
   if (existed && S_ISDIR(old.st_mode)) return false;
   if (existed && read_only == ReadOnlyTarget::kRefuse && IsReadOnly(old)) return false;
-
-  std::string temp;
-  const Fd out(CreateTemporary(target, existed ? 0600 : 0666, temp));
-  if (out.fd < 0) return false;
-  bool ok = WriteAll(out.fd, content);
-  if (ok && existed) {
-    // Another owner's file stays theirs when we may give it back; when we may not, the
-    // content still goes in.
-    if (old.st_uid != ::geteuid() || old.st_gid != ::getegid()) {
-      [[maybe_unused]] const int ignored = ::fchown(out.fd, old.st_uid, old.st_gid);
+  // Devices and pipes are written into, never replaced.
+  if (existed && !S_ISREG(old.st_mode)) return WriteInPlace(path, content);
+  const std::string target = FinalTarget(path);
+  if (target.empty()) return false;
+  bool done = false;
+  if (existed && old.st_nlink > 1) {
+    done = WriteInPlace(target, content);  // a rename would part it from its other names
+  } else {
+    switch (ReplaceByRename(target, existed ? &old : nullptr, content)) {
+      case Route::kDone:
+        done = true;
+        break;
+      case Route::kInPlace:
+        done = existed && WriteInPlace(target, content);
+        break;
+      case Route::kFailed:
+        break;
     }
-    ok = ::fchmod(out.fd, old.st_mode & 07777) == 0;
   }
-  ok = ok && ::fsync(out.fd) == 0;
-  ok = ok && ::rename(temp.c_str(), target.c_str()) == 0;
-  if (!ok) {
-    ::unlink(temp.c_str());
-    return false;
-  }
-  SyncFolder(target);
-  return true;
+  if (done) RemoveLeftoverCopies(target);
+  return done;
 }
 
 bool AppendFileContent(const std::string& path, std::span<const uint8_t> content) {
@@ -152,9 +178,22 @@ bool AppendFileContent(const std::string& path, std::span<const uint8_t> content
   if (::stat(path.c_str(), &old) == 0 && (S_ISDIR(old.st_mode) || IsReadOnly(old))) {
     return false;
   }
-  const Fd out(::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
-  if (out.fd < 0) return false;
-  return WriteAll(out.fd, content) && ::fsync(out.fd) == 0;
+  Fd out(OpenForWriting(path, O_APPEND));
+  std::string made;  // the file this call creates, through any links to it
+  if (out.fd < 0 && errno == ENOENT) {
+    made = FinalTarget(path);
+    out.fd = made.empty() ? -1 : OpenForWriting(made, O_APPEND | O_CREAT | O_EXCL);
+  }
+  struct stat info;
+  if (out.fd < 0 || ::fstat(out.fd, &info) != 0 || S_ISDIR(info.st_mode)) return false;
+  if (WriteAll(out.fd, content) && Flush(out.fd, info)) return true;
+  // What was there stays as it was: a failed append is cut back, a file it made goes.
+  if (!made.empty()) {
+    ::unlink(made.c_str());
+  } else if (S_ISREG(info.st_mode)) {
+    [[maybe_unused]] const int ignored = ::ftruncate(out.fd, info.st_size);
+  }
+  return false;
 }
 
 }  // namespace tsruntime::fs_detail

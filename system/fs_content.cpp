@@ -9,18 +9,11 @@
 #include "tsruntime/clsZKFileSystem.h"
 
 namespace tsruntime {
-namespace {
 
 using namespace fs_detail;
 
-void RequireByteArray(const SafeArray& array) {
-  if (array.elementType() != VarType::kByte) RaiseRuntime(RuntimeError::kTypeMismatch);
-}
-
-}  // namespace
-
 bool clsZKFileSystem::BinaryRead(const String& FileFullName, SafeArray& DataArrayBuf) {
-  RequireByteArray(DataArrayBuf);
+  DataArrayBuf.RequireElementType(VarType::kByte);
   if (FileFullName.find(u'\0') != String::npos) return false;
   WholeFileReader file(ToUtf8(FileFullName));
   // No array has bounds 0 to -1, and none reaches 2^31 elements.
@@ -36,7 +29,7 @@ bool clsZKFileSystem::BinaryRead(const String& FileFullName, SafeArray& DataArra
 }
 
 bool clsZKFileSystem::BinaryWrite(const String& FileFullName, const SafeArray& DataArray) {
-  RequireByteArray(DataArray);
+  DataArray.RequireElementType(VarType::kByte);
   if (FileFullName.find(u'\0') != String::npos) return false;
   return ReplaceFileContent(ToUtf8(FileFullName), DataArray.bytes(), ReadOnlyTarget::kReplace);
 }

@@ -82,8 +82,12 @@ void ForEachEntry(int fd, const std::string& shown, F&& visit) {
 // same name is no change and no failure.
 void RenameInFolder(const std::string& path, StringView new_name);
 
-// Removes a folder tree without following links. Without `force` it first looks for a
-// read-only entry and raises permission denied (70) before anything is removed.
+// Removes the folder `path` (absolute, "." and ".." resolved) with everything in it,
+// without following links. Raises permission denied (70) before anything is removed
+// when the removal could not go through: a read-only entry without `force`, a folder
+// whose entries may not be removed, a file system mounted inside, a folder that holds
+// the process's current folder, or a parent that does not let it go. With `force`,
+// this user's own folders are given the permissions removal takes.
 void RemoveTree(const std::string& path, bool force);
 
 }  // namespace tsruntime::fs_detail

@@ -74,6 +74,11 @@ bool FileTimeOf(const Variant& date, timespec& out) {
   return true;
 }
 
+// Whether a time read back is the one set; an omitted one is any.
+bool Holds(const timespec& read, const timespec& set) {
+  return set.tv_nsec == UTIME_OMIT || (read.tv_sec == set.tv_sec && read.tv_nsec == set.tv_nsec);
+}
+
 }  // namespace
 
 bool clsZKFileSystem::FileSetDateTime(const String& FileName, const Variant& DateCreated,
@@ -91,7 +96,17 @@ bool clsZKFileSystem::FileSetDateTime(const String& FileName, const Variant& Dat
     if (::stat(path.c_str(), &info) != 0 || S_ISDIR(info.st_mode) || IsReadOnly(info)) {
       return false;
     }
-    return ::utimensat(AT_FDCWD, path.c_str(), times, 0) == 0;
+    if (::utimensat(AT_FDCWD, path.c_str(), times, 0) != 0) return false;
+    // A file system clamps a time it cannot hold (ext4 keeps nothing before 1901-12-13):
+    // such a time is not set, and the file keeps the times it had.
+    struct stat now;
+    if (::stat(path.c_str(), &now) == 0 && Holds(now.st_atim, times[0]) &&
+        Holds(now.st_mtim, times[1])) {
+      return true;
+    }
+    const timespec old[2] = {info.st_atim, info.st_mtim};
+    ::utimensat(AT_FDCWD, path.c_str(), old, 0);
+    return false;
   } catch (const Error&) {
     return false;
   }

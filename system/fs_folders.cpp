@@ -91,7 +91,11 @@ bool clsZKFileSystem::DirRename(const String& DirFullName, const String& DirShor
 bool clsZKFileSystem::DirKill(const String& DirFullName, bool ForceRemove) {
   return WithErrorTrap(xcZKERR_FS_DIRKILL, kClassName, "DirKill",
                        {{"DirFullName", DirFullName}}, [&] {
-    const std::string path = FolderPath(DirFullName);
+    // "." and ".." are resolved in the text first, so that the folder deleted is the one
+    // the whole path names, and a failure comes before anything is deleted.
+    const std::string named = FolderPath(DirFullName);
+    if (named.empty()) RaiseRuntime(RuntimeError::kPathNotFound);
+    const std::string path = AbsolutePath(named);
     if (!IsFolder(path)) RaiseRuntime(RuntimeError::kPathNotFound);
     if (IsRoot(path)) RaiseRuntime(RuntimeError::kPermissionDenied);
     struct stat info;

@@ -33,6 +33,12 @@ std::vector<String> SplitPath(StringView path) {
   }
 }
 
+std::string FolderOf(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
 bool IsNetworkPath(StringView path) { return path.starts_with(u"//"); }
 
 std::string AbsolutePath(const std::string& path) {

@@ -27,6 +27,8 @@ std::string AnsiNativePath(StringView path);
 String StripTrailingSeparators(StringView path);
 // The parts between separators, empty ones kept; "" has none.
 std::vector<String> SplitPath(StringView path);
+// The folder part of a path: "." for a bare name, "/" for a name at the root.
+std::string FolderOf(const std::string& path);
 // "//server/...".
 bool IsNetworkPath(StringView path);
 

@@ -25,8 +25,7 @@ const Variant kBinary = Variant(int32_t{vbBinaryCompare});
 TSRUNTIME_DEFINE_CLASS(clsZKString) {
   static const ClassInfo info = [] {
     using C = clsZKString;
-    ClassInfo c =
-        ClassBuilder<C>("clsZKString")
+    return ClassBuilder<C>("clsZKString")
             .Method("InstrRight", &C::InstrRight,
                     {"Expression", "SearchStr", Opt("SearchLen", -1), Opt("CompareType", kBinary)})
             .Method("Replace", &C::Replace,
@@ -49,6 +48,7 @@ TSRUNTIME_DEFINE_CLASS(clsZKString) {
             .Method("ArrayJoin", &C::ArrayJoin,
                     {Typed("DataArray", ArrayOf(VarType::kString))})
             .Method("ArraySplit", &C::ArraySplit, {"DataString"})
+            .Returns(ArrayOf(VarType::kString))  // the packed text unpacks into strings
             .Method("InWords", &C::InWords, {"Expression", Opt("IncludeUnitNames", true)})
             .Method("ConvMKD", &C::ConvMKD, {"Expression"})
             .Method("ConvMKI", &C::ConvMKI, {"Expression"})
@@ -62,12 +62,6 @@ TSRUNTIME_DEFINE_CLASS(clsZKString) {
             .Method("IsVarEQ", &C::IsVarEQ, {"Expression0", "Expression1"})
             .Method("StrToVarNull", &C::StrToVarNull, {"Expression", Opt("TrimLen", 0)})
             .Build();
-    // The packed-array text unpacks into a String array, whatever an array result
-    // declares by default.
-    for (MemberInfo& m : c.members) {
-      if (m.name == u"ArraySplit") m.returnType = ArrayOf(VarType::kString);
-    }
-    return c;
   }();
   return info;
 }

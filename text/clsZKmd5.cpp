@@ -23,7 +23,7 @@ String clsZKmd5::RegisterD() const { return Register(3); }
 void clsZKmd5::MD5Init() { state_->Init(); }
 
 void clsZKmd5::MD5Update(int32_t InputLen, const SafeArray& InputBuffer) {
-  if (InputBuffer.elementType() != VarType::kByte) RaiseRuntime(RuntimeError::kTypeMismatch);
+  InputBuffer.RequireElementType(VarType::kByte);
   if (InputBuffer.dimensions() != 1) {
     // Nothing can be read from it; a call that reads nothing still counts.
     state_->Update(InputLen, nullptr, 1, 0);

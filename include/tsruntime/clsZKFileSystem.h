@@ -33,13 +33,19 @@
 //   fs->FileKill(u"/tmp/none");
 //   // raises xcZKERR_FS_FILEKILL: "File not found\r\nFileFullName = '/tmp/none'"
 //
-// Replacing a file (`BinaryWrite`, `StringWrite` in replace mode) never leaves it
-// half-written or empty, whatever happens meanwhile — a crash, a kill, a full disk: the
-// new content goes to a temporary file in the same folder, is flushed to disk and only
-// then renamed over the old one. The replaced file keeps its permissions and owner, and
-// a symbolic link is followed to the file it names (the link stays a link). A write
-// killed before the rename may leave its temporary file behind, named
-// "." + name + ".tsrt-" + six characters; the file itself is untouched.
+// Replacing a file (`BinaryWrite`, `StringWrite` in replace mode) takes one of two
+// routes (docs/filesystem.md has the table). Where a rename keeps what the user sees,
+// the new content goes to a copy in the same folder, "." + name + ".tsrt-" + a digit,
+// is flushed and renamed over the old file: a crash or a kill leaves the old file or
+// the new one, whole, and perhaps the copy, which the next replacement removes.
+// Elsewhere the file is written in place, as the interface itself writes it: a device
+// or a pipe (never replaced, never waited on: a pipe with no reader fails at once),
+// a file with other names (hard links), a file whose owner or group the writer could
+// not give back, a writable file in a folder the writer may not write, and a file on a
+// disk with room for the new content only in the file itself. Either way the file
+// keeps its permissions, owner, group and names, and content that does not fit leaves
+// the old one intact. A symbolic link is followed to the file it names (the link stays
+// a link).
 #pragma once
 
 #include <cstdint>
@@ -80,8 +86,10 @@ class clsZKFileSystem : public Object {
   // force now, not the one in force on that date. `FileName` passes through the ANSI
   // code page.
   // False, with nothing changed, for a missing file, a folder, a read-only file, a
-  // value that is not a date (Null, "abc"), or a date before 1601. With no dates at
-  // all it returns True for a file that could be written, and changes nothing.
+  // value that is not a date (Null, "abc"), a date before 1601, or a time the file
+  // system cannot hold (ext4: before 1901-12-13), which is found by reading it back.
+  // With no dates at all it returns True for a file that could be written, and changes
+  // nothing.
   bool FileSetDateTime(const String& FileName, const Variant& DateCreated = Variant::Missing(),
                        const Variant& DateLastAccess = Variant::Missing(),
                        const Variant& DateLastWrite = Variant::Missing());
@@ -135,10 +143,13 @@ class clsZKFileSystem : public Object {
   bool DirRename(const String& DirFullName, const String& DirShortNameNew);
 
   // Deletes a folder with everything in it (a link to a folder: the link itself; links
-  // inside are removed, never followed). Without `ForceRemove`, a read-only entry
-  // anywhere in the tree stops it before anything is deleted. True on success; raises
-  // xcZKERR_FS_DIRKILL wrapping 76 (no such folder), 70 (read-only entry without force,
-  // or the root). Argument line: DirFullName.
+  // inside are removed, never followed). "." and ".." are resolved in the text first:
+  // DirKill(u"par/sub/..") deletes par. Either the whole folder goes and the result is
+  // True, or nothing is deleted: raises xcZKERR_FS_DIRKILL wrapping 76 (no such folder)
+  // or 70 before deleting anything when something in the way would stop it part way —
+  // a read-only entry without `ForceRemove`, an entry the user may not remove, a file
+  // system mounted inside, a parent that does not let it go, the current folder or one
+  // holding it, the root. Argument line: DirFullName.
   bool DirKill(const String& DirFullName, bool ForceRemove = true);
 
   // There are no short names: every existing level is its own long name, and a level
@@ -207,9 +218,10 @@ class clsZKFileSystem : public Object {
   bool BinaryRead(const String& FileFullName, SafeArray& DataArrayBuf);
 
   // Replaces the file with every byte of `DataArray` (a read-only file too) and returns
-  // True; an array never dimensioned or without elements leaves an empty file. False,
-  // with the old file intact, when it cannot be written (missing folder, a folder of
-  // that name, a full disk). Type mismatch (13) for an array that is not of bytes.
+  // True; an array never dimensioned or without elements leaves an empty file. A device
+  // or a pipe is written into. False, with the old file intact, when it cannot be
+  // written (missing folder, a folder of that name, a pipe with no reader, a disk without
+  // room for the new content). Type mismatch (13) for an array that is not of bytes.
   bool BinaryWrite(const String& FileFullName, const SafeArray& DataArray);
 
   // Reads a whole file as ANSI text, one character per byte, into `DataBuf` and returns
@@ -226,8 +238,10 @@ class clsZKFileSystem : public Object {
   //   - otherwise APPEND (8) adds the text at the end, creating the file when missing;
   //   - with IFEXISTS (1) a file that does not exist is left alone and the result is
   //     True: StringWrite(t, missing, 9) creates nothing.
-  // False when neither REPLACE nor APPEND is set, when the file is read-only, and when
-  // it cannot be written; the old file is then intact.
+  // A device or a pipe is written into, and has nothing to flush. False when neither
+  // REPLACE nor APPEND is set, when the file is read-only, when a pipe has no reader,
+  // and when it cannot be written; the old file is then intact (an append that fails
+  // part way is cut back).
   bool StringWrite(const String& DataString, const String& FileFullName,
                    xeZK_FILEWRITEMODES WriteMode = xcZK_FILEWRITE_REPLACE);
 };

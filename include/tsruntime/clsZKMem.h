@@ -60,13 +60,15 @@ class clsZKMem : public Object {
   // Replaces the byte array `DataArray` (lower bound 0, one dimension) by its compressed
   // block and returns True.
   //
-  // `OriginalSize` is set to UBound + 1 at once, whatever follows. The stream is written
-  // into a buffer of Round(n * 0.01 + n + 12) + 1 bytes (halves to even). On success
-  // `CompressedSize` is the block's length, trailer included; on failure it is 0 and the
-  // array is unchanged. Fails for a missing module, an array that does not hold index 0
-  // (an empty one, 0 to -1, is fine; one from -2 gives indexes 0 and up), and a capacity
-  // beyond a Long. A value that is not a one-dimensional byte array fails and changes
-  // nothing, the sizes included.
+  // `OriginalSize` is set to UBound + 1 at once, whatever follows (0 for an array never
+  // dimensioned or one whose upper bound is 2147483647), and `CompressedSize` to 0. The
+  // stream is written into a buffer of Round(n * 0.01 + n + 12) + 1 bytes (halves to
+  // even). On success `CompressedSize` is the block's length, trailer included; on
+  // failure the array is unchanged. Fails for a missing module, an array of more than
+  // one dimension, one never dimensioned, one that does not hold index 0 (an empty one,
+  // 0 to -1, is fine; one from -2 gives indexes 0 and up), and a capacity beyond a Long.
+  // An array of another element type (a Variant array, say) is a type mismatch (13),
+  // raised before anything changes.
   bool CompressData(SafeArray& DataArray);
 
   // Replaces a compressed block in `DataArray` by the bytes it holds and returns True,
@@ -81,9 +83,10 @@ class clsZKMem : public Object {
   // bytes...) or whose capacity passes a Long (about 7.84 MiB to 8 MiB) fails, as does
   // one whose capacity is too small (16 MiB and just past it) or cannot be reserved.
   //
-  // On failure (also: fewer than 5 bytes, not a one-dimensional byte array from 0, a
-  // corrupt or truncated stream, a missing module) returns False and leaves the array
-  // and both size properties exactly as they were.
+  // On failure (also: fewer than 5 bytes, not a one-dimensional array from 0, a corrupt
+  // or truncated stream, a missing module) returns False and leaves the array and both
+  // size properties exactly as they were. An array of another element type is a type
+  // mismatch (13), as for `CompressData`.
   bool DecompressData(SafeArray& DataArray);
 
   // Length of the last block's original; 0 at creation and after `DecompressData`.

@@ -77,9 +77,10 @@ class clsZKStorage : public Object {
   bool ToObject(const String& strData);
 
   // Writes `ToString` to the file as UTF-16 little-endian with no byte-order mark, two
-  // bytes per character, through clsZKFileSystem.BinaryWrite (which replaces a file
-  // whole or not at all). True when the write succeeded and `ErrFlag` came back False;
-  // when it came back True nothing is written and the old file stays. Never raises.
+  // bytes per character, through clsZKFileSystem.BinaryWrite (see there how a file is
+  // replaced). True when the write succeeded and `ErrFlag` came back False. When it
+  // came back True, what was built (an empty text when this node's own step failed) is
+  // written all the same, and the result is False. Never raises.
   bool Save(const String& FileFullName) const;
 
   // Reads the whole file with clsZKFileSystem.BinaryRead and returns `ToObject` of its

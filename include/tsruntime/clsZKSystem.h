@@ -60,12 +60,14 @@ class clsZKSystem : public Object {
   // when there is no display.
   void GetMousePos(int32_t& x, int32_t& Y) const;
 
-  // The host name, as `hostname` prints it; empty on failure.
+  // The host name, as `hostname` prints it; empty on failure. Names are read as the
+  // platform's UTF-8 and handed over as an ANSI call would: "хост" stays "хост", a
+  // character code page 1251 lacks becomes "?".
   String GetComputerName() const;
 
-  // The user's login name from the password database, followed by one zero character
-  // (code 0), which `GetComputerName` does not have; hosts strip or keep it, so it
-  // stays. Empty on failure.
+  // The user's login name from the password database, read as `GetComputerName` reads
+  // the host name, followed by one zero character (code 0), which `GetComputerName` does
+  // not have; hosts strip or keep it, so it stays. Empty on failure.
   String GetUserName() const;
 };
 

@@ -238,7 +238,9 @@ TEST_F(StorageFiles, FilesWrittenByHandLoadAndBadFilesAreRefused) {
   }
   auto broken = Make(u"b");
   broken->SetItems(nullptr);
+  Put("broken.dat", "old");
   EXPECT_FALSE(broken->Save(Path("broken.dat"))) << "a root whose own step fails";
+  EXPECT_EQ(Get("broken.dat"), "") << "what was built, nothing, is written all the same";
   EXPECT_FALSE(Make(u"x")->Save(Path("no/such/folder/x.dat")));
 }
 

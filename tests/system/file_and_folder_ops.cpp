@@ -1,6 +1,10 @@
 // Files and folders: existence tests, deletion, renaming, whole paths made at once, long
 // names and times, and what each raises: its own code, the runtime failure it wraps, then
 // its arguments.
+#include <linux/magic.h>
+#include <sys/statfs.h>
+
+#include "support/child_process.h"
 #include "system/fs_fixture.h"
 
 namespace tsruntime::testing {
@@ -149,6 +153,60 @@ TEST_F(FileAndFolderOps, DirRenameAndDirKill) {
   EXPECT_EQ(Listing("target"), std::vector<std::string>{"kept.txt"});
 }
 
+// "." and ".." are resolved before anything is deleted, and whatever would stop the
+// deletion part way stops it before it starts.
+TEST_F(FileAndFolderOps, DirKillDeletesExactlyTheFolderNamedOrNothing) {
+  for (const char* file : {"par/sub/a", "par2/sub/a", "par2/b", "here/in/a", "mounted/a"}) {
+    Put(file, "x");
+  }
+  const SmallDisk disk(Native("mounted/disk"), "64k");
+  const std::string cwd = std::filesystem::current_path();
+  std::filesystem::current_path(Native("here/in"));
+  const auto kill = [&](String name) { return [=, this] { return fs_->DirKill(name, true); }; };
+  const std::string k = std::to_string(xcZKERR_FS_DIRKILL) + " DirKill: Permission denied|";
+  Check({
+      {"the folder a path names after \"..\"", kill(Path("par/sub/..")), "True"},
+      {"a path through \".\"", kill(Path("par2/./sub/.")), "True"},
+      {"the current folder", kill(u"."), k + "DirFullName = '.'"},
+      {"a folder holding the current one", kill(u".."), k + "DirFullName = '..'"},
+  });
+  std::filesystem::current_path(cwd);
+  if (disk.mounted()) {
+    EXPECT_EQ(Run(kill(Path("mounted"))), k + "DirFullName = '~/mounted'")
+        << "a file system mounted inside";
+  }
+  EXPECT_EQ(Listing(), (std::vector<std::string>{"here", "mounted", "par2"}));
+  EXPECT_EQ(Listing("par2"), std::vector<std::string>{"b"});
+  EXPECT_EQ(Listing("here/in"), std::vector<std::string>{"a"});
+  EXPECT_EQ(Listing("mounted"), (std::vector<std::string>{"a", "disk"}));
+}
+
+// An ordinary user's tree holding a folder of root's: forced or not, nothing goes.
+TEST_F(FileAndFolderOps, DirKillOfATreeTheUserCannotEmptyDeletesNothing) {
+  if (InTestChild()) {
+    const String tree = FromUtf8(std::getenv("TSRT_TREE"));
+    const std::string refused = std::to_string(xcZKERR_FS_DIRKILL) + " DirKill: Permission denied";
+    for (bool force : {false, true}) {
+      EXPECT_EQ(Run([&] { return fs_->DirKill(tree, force); }).substr(0, refused.size()), refused);
+    }
+    return;
+  }
+  if (!CanRunAsOrdinaryUser()) GTEST_SKIP() << "no ordinary user to run as";
+  const uid_t user = ThrowawayUid();
+  for (const char* file : {"tree/a", "tree/mine/b", "tree/roots/c", "tree/z"}) Put(file, "x");
+  ::chmod(Native().c_str(), 0777);
+  for (const char* entry : {"tree", "tree/a", "tree/mine", "tree/mine/b", "tree/z"}) {
+    ASSERT_EQ(::chown(Native(entry).c_str(), user, user), 0);
+  }
+  const ChildResult child = RunTestInChild(
+      "FileAndFolderOps.DirKillOfATreeTheUserCannotEmptyDeletesNothing",
+      {{"TSRT_TREE", Native("tree")}}, user);
+  EXPECT_EQ(child.exit_code, 0) << child.output;
+  EXPECT_NE(child.output.find("[  PASSED  ] 1 test"), std::string::npos) << child.output;
+  EXPECT_EQ(Listing("tree"), (std::vector<std::string>{"a", "mine", "roots", "z"}));
+  EXPECT_EQ(Listing("tree/mine"), std::vector<std::string>{"b"});
+}
+
 TEST_F(FileAndFolderOps, PathShort2LongKeepsExistingLevelsAndEmptiesMissingOnes) {
   Put("Длинное имя/file.txt", "");
   const struct {
@@ -175,6 +233,9 @@ TEST_F(FileAndFolderOps, FileSetDateTimeSetsWhatIsGivenAndRefusesWhatIsNot) {
   MakeFolder("folder");
   const Date july = Date::FromParts({2021, 7, 4, 13, 45, 30});
   const Date march = Date::FromParts({2001, 3, 2, 1, 2, 3});
+  const Date old_date = Date::FromParts({1700, 1, 1, 12, 0, 0});
+  struct statfs disk;
+  const bool ext4 = ::statfs(Native().c_str(), &disk) == 0 && disk.f_type == EXT4_SUPER_MAGIC;
   const Variant none = Variant::Missing();
   ASSERT_TRUE(fs_->FileSetDateTime(Path("f.txt"), none, Variant(march), Variant(march)));
   struct stat before;
@@ -195,6 +256,8 @@ TEST_F(FileAndFolderOps, FileSetDateTimeSetsWhatIsGivenAndRefusesWhatIsNot) {
       {"a missing file", "none", none, none, Variant(july), false, march},
       {"a read-only file", "ro.txt", none, none, Variant(july), false, march},
       {"a folder", "folder", none, none, Variant(july), false, march},
+      {"a date the file system cannot hold sets nothing (ext4 starts in 1901)", "f.txt", none,
+       none, Variant(old_date), !ext4, ext4 ? march : old_date},
       {"a date as text", "f.txt", none, none, Variant(u"2021-07-04 13:45:30"), true, july},
   };
   for (const auto& r : rows) {

@@ -2,6 +2,7 @@
 // wrote is checked by other means), and outcomes as short comparable texts.
 #pragma once
 
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -94,6 +95,24 @@ class FsTest : public ::testing::Test {
 
  private:
   std::string root_;
+};
+
+// A small file system of its own for a test, unmounted when the test ends; nothing where
+// the process may not mount one.
+class SmallDisk {
+ public:
+  SmallDisk(const std::string& folder, const char* size) : folder_(folder) {
+    std::filesystem::create_directories(folder);
+    mounted_ = ::mount("tmpfs", folder.c_str(), "tmpfs", 0, (std::string("size=") + size).c_str()) == 0;
+  }
+  ~SmallDisk() {
+    if (mounted_) ::umount2(folder_.c_str(), MNT_DETACH);
+  }
+  bool mounted() const { return mounted_; }
+
+ private:
+  std::string folder_;
+  bool mounted_ = false;
 };
 
 }  // namespace tsruntime::testing

@@ -9,12 +9,16 @@
 #include <cmath>
 
 #include "support/mixed_bytes.h"
+#include "support/outcome.h"
+#include "tsruntime/automation/dispatch.h"
 #include "tsruntime/clsZKMem.h"
 
 namespace tsruntime {
 namespace {
 
 using testing::MixedBytes;
+using testing::Outcome;
+using testing::U8;
 
 SafeArray Bytes(const std::vector<uint8_t>& bytes) { return SafeArray::FromBytes(bytes); }
 
@@ -144,7 +148,6 @@ TEST(CompressedBlock, AFailedDecompressionLeavesTheArrayAndTheSizesAsTheyWere) {
       {"no bytes", Bytes({})},
       {"a never-dimensioned array", SafeArray(VarType::kByte)},
       {"an array without index 0", from_one},
-      {"an array of Longs", SafeArray(VarType::kLong, {{0, 9}})},
   };
   for (Row& r : rows) {
     auto mem = New<clsZKMem>();
@@ -160,21 +163,55 @@ TEST(CompressedBlock, AFailedDecompressionLeavesTheArrayAndTheSizesAsTheyWere) {
 }
 
 TEST(CompressedBlock, AFailedCompressionStoresTheOriginalSizeAndNoCompressedSize) {
+  struct {
+    const char* what;
+    SafeArray array;
+    int32_t original;  // UBound + 1, stored at once
+  } rows[] = {
+      {"index 0 is where the data starts", SafeArray(VarType::kByte, {{1, 10}}), 11},
+      {"an array never dimensioned holds nothing", SafeArray(VarType::kByte), 0},
+      {"two dimensions: the first one's bound", SafeArray(VarType::kByte, {{0, 4}, {0, 2}}), 5},
+      {"no Long lies above 2147483647", SafeArray(VarType::kByte, {{INT32_MAX - 3, INT32_MAX}}),
+       0},
+  };
   auto mem = New<clsZKMem>();
-  SafeArray block = Bytes(MixedBytes(100));
-  ASSERT_TRUE(mem->CompressData(block));
-  SafeArray from_one(VarType::kByte, {{1, 10}});
-  const SafeArray before = from_one;
-  EXPECT_FALSE(mem->CompressData(from_one)) << "index 0 is where the data starts";
-  EXPECT_TRUE(from_one == before);
-  EXPECT_EQ(mem->OriginalSize(), 11) << "the upper bound + 1, stored at once";
-  EXPECT_EQ(mem->CompressedSize(), 0);
+  for (auto& r : rows) {
+    SafeArray block = Bytes(MixedBytes(100));
+    ASSERT_TRUE(mem->CompressData(block));
+    const SafeArray before = r.array;
+    EXPECT_FALSE(mem->CompressData(r.array)) << r.what;
+    EXPECT_TRUE(r.array == before) << r.what;
+    EXPECT_EQ(mem->OriginalSize(), r.original) << r.what;
+    EXPECT_EQ(mem->CompressedSize(), 0) << r.what;
+  }
 
   SafeArray below_zero(VarType::kByte, {{-2, 1}});
   below_zero.bytes() = {9, 9, 1, 2};
   ASSERT_TRUE(mem->CompressData(below_zero)) << "index 0 to the upper bound is compressed";
   ASSERT_TRUE(mem->DecompressData(below_zero));
   EXPECT_EQ(below_zero.bytes(), (std::vector<uint8_t>{1, 2}));
+}
+
+// An array of another element type is refused as the runtime refuses it at a call with a
+// declared Byte() parameter, early or late bound, before anything changes.
+TEST(CompressedBlock, AnArrayOfAnotherTypeIsATypeMismatch) {
+  auto mem = New<clsZKMem>();
+  SafeArray block = Bytes(MixedBytes(100));
+  ASSERT_TRUE(mem->CompressData(block));
+  const int32_t compressed = mem->CompressedSize();
+  for (const char16_t* member : {u"CompressData", u"DecompressData"}) {
+    for (VarType element : {VarType::kVariant, VarType::kLong, VarType::kString}) {
+      SafeArray other(element, {{0, 9}});
+      const bool compress = member[0] == u'C';
+      EXPECT_EQ(Outcome([&] { return (compress ? mem->CompressData(other) : mem->DecompressData(other)) ? "T" : "F"; }),
+                "error 13");
+      std::vector<Argument> args{{{}, Variant(other)}};
+      EXPECT_EQ(Outcome([&] { return ToUtf8(ToString(Invoke(*mem, member, InvokeKind::kCall, args))); }),
+                "error 13") << U8(member) << " late bound";
+    }
+  }
+  EXPECT_EQ(mem->OriginalSize(), 100);
+  EXPECT_EQ(mem->CompressedSize(), compressed);
 }
 
 long PeakResidentKiB() {

@@ -4,6 +4,7 @@
 
 #include "support/outcome.h"
 #include "system/registry_support.h"
+#include "tsruntime/automation/dispatch.h"
 #include "tsruntime/automation/safearray.h"
 
 namespace tsruntime {
@@ -179,6 +180,8 @@ TEST_F(RegistryValues, BinaryValuesKeepEveryByteAndAnEmptyOneReadsAsAFailure) {
        "error 13"},
   };
   for (const Case& c : cases) EXPECT_EQ(c.run(), c.expected) << c.what;
+  const MemberInfo* get = FindClass(u"clsZKRegistry")->find(u"GetBinary", MemberKind::kMethod);
+  EXPECT_EQ(U8(TypeName(get->returnType)), "Byte()") << "what the type information declares";
 }
 
 }  // namespace

@@ -2,7 +2,14 @@
 // their addresses.
 #include <gtest/gtest.h>
 
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <cstdio>
+#include <cstdlib>
+#include <fstream>
 #include <regex>
 
 #include "support/outcome.h"
@@ -48,6 +55,57 @@ TEST(SystemInfo, TheUserNameEndsInAZeroCharacterAndTheComputerNameDoesNot) {
   EXPECT_EQ(U8(computer), Shell("hostname"));
   std::vector<Argument> none;
   EXPECT_EQ(Invoke(*sys, u"GetUserName", InvokeKind::kCall, none), Variant(user));
+}
+
+// The platform keeps both names in UTF-8. A child process of its own, with its own host
+// name and its own view of /etc/passwd, takes each name in turn.
+TEST(SystemInfo, NamesAreThePlatformsTextThroughTheAnsiCodePage) {
+  const struct {
+    const char* platform;
+    const char16_t* computer;
+    const char16_t* user;
+  } rows[] = {
+      {"хост", u"хост", u"хост"},
+      {"jürgen-PC", u"j?rgen-PC", u"j?rgen-PC"},  // 1251 has no ü
+      {"Ёлка€", u"Ёлка€", u"Ёлка€"},
+  };
+  char passwd[] = "/tmp/tsrt-passwd-XXXXXX";
+  const int fd = mkstemp(passwd);
+  ASSERT_GE(fd, 0);
+  close(fd);
+  int out[2];
+  ASSERT_EQ(pipe(out), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    close(out[0]);
+    // Skipped (exit 3) where the process may not have namespaces of its own.
+    if (unshare(CLONE_NEWNS | CLONE_NEWUTS) != 0 ||
+        mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        mount(passwd, "/etc/passwd", nullptr, MS_BIND, nullptr) != 0) {
+      _exit(3);
+    }
+    auto sys = New<clsZKSystem>();
+    std::string seen;
+    for (const auto& r : rows) {
+      std::ofstream(passwd) << r.platform << ":x:" << geteuid() << ":0::/:/bin/sh\n";
+      if (sethostname(r.platform, strlen(r.platform)) != 0) _exit(3);
+      seen += U8(sys->GetComputerName()) + "|" + U8(sys->GetUserName()) + "\n";
+    }
+    if (write(out[1], seen.data(), seen.size()) < 0) _exit(4);
+    _exit(0);
+  }
+  close(out[1]);
+  std::string seen;
+  char buf[512];
+  for (ssize_t n; (n = read(out[0], buf, sizeof buf)) > 0;) seen.append(buf, n);
+  close(out[0]);
+  int status = 0;
+  waitpid(child, &status, 0);
+  unlink(passwd);
+  if (WIFEXITED(status) && WEXITSTATUS(status) == 3) GTEST_SKIP() << "no namespaces here";
+  std::string expected;
+  for (const auto& r : rows) expected += U8(r.computer) + "|" + U8(r.user) + std::string(1, '\0') + "\n";
+  EXPECT_EQ(seen, expected);
 }
 
 TEST(SystemInfo, ObjectFromPtrTurnsAnAddressFromObjPtrIntoANewReference) {

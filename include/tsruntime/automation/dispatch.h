@@ -389,6 +389,12 @@ class ClassBuilder {
   ClassBuilder& Set(std::string_view name, F fn, std::vector<Param> params) {
     return Add(name, MemberKind::kPropertySet, fn, std::move(params));
   }
+  // Declares what the member added last returns, where its C++ type says less: an
+  // array's element type (`Returns(ArrayOf(VarType::kByte))` for a Byte() result).
+  ClassBuilder& Returns(VarType type) {
+    info_.members.back().returnType = type;
+    return *this;
+  }
   ClassBuilder& Default(std::string_view member) {
     info_.defaultMember = FromAscii(member);
     return *this;

@@ -43,6 +43,9 @@ class SafeArray {
 
   VarType elementType() const { return element_; }
   VarType type() const { return ArrayOf(element_); }
+  // Type mismatch (13) unless the elements are of type `element`, as the runtime raises
+  // for an array passed where an array of another type is declared.
+  void RequireElementType(VarType element) const;
   bool isDimensioned() const { return !dims_.empty(); }
   int dimensions() const { return static_cast<int>(dims_.size()); }
   // Bounds of dimension `dim` (1-based); subscript out of range (9) when the array is
