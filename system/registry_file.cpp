@@ -9,7 +9,6 @@
 
 #include "registry_store.h"
 #include "registry_text.h"
-#include "tsruntime/automation/codepage.h"
 #include "utf16_bytes.h"
 
 namespace tsruntime {
@@ -33,15 +32,6 @@ void WriteWhole(const std::string& file, const std::string& bytes) {
     unlink(temp.c_str());
     Fail(RuntimeError::kPathFileAccessError, FromUtf8(file));
   }
-}
-
-// The text of a file: UTF-16LE after a byte-order mark, else ANSI.
-String DecodeFile(const std::string& bytes) {
-  const auto* data = reinterpret_cast<const uint8_t*>(bytes.data());
-  if (bytes.size() >= 2 && data[0] == 0xFF && data[1] == 0xFE) {
-    return FromUtf16LeBytes(std::span(data + 2, bytes.size() - 2));
-  }
-  return AnsiToString(std::span(data, bytes.size()));
 }
 
 // "ROOT\path" to the root and the path below it.
@@ -74,7 +64,9 @@ void ImportRegistryFile(const std::string& file) {
   std::ifstream in(file, std::ios::binary);
   if (!in) Fail(RuntimeError::kFileNotFound, FromUtf8(file));
   const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  const registry::Status status = registry::WriteKeys(registry::ParseExportText(DecodeFile(bytes)));
+  const auto* data = reinterpret_cast<const uint8_t*>(bytes.data());
+  const registry::Status status = registry::WriteKeys(
+      registry::ParseExportText(registry::DecodeExportFile(std::span(data, bytes.size()))));
   if (status == registry::kAccessDenied) Fail(RuntimeError::kPermissionDenied, FromUtf8(file));
   if (status != registry::kSuccess) Fail(RuntimeError::kPathFileAccessError, FromUtf8(file));
 }

@@ -34,15 +34,19 @@ std::string UserConfigDir() {
   return HomeDir() + "/.config";
 }
 
+// Each missing level is made with `mode` whatever the umask: the per-user store's folders,
+// its config folder included, are private (0700, as XDG asks); the machine-wide ones must
+// stay readable to every user.
 bool MakeDirs(const std::string& dir, mode_t mode) {
   if (dir.empty()) return true;
   struct stat st;
   if (stat(dir.c_str(), &st) == 0) return S_ISDIR(st.st_mode);
   const size_t slash = dir.find_last_of('/');
-  if (slash != std::string::npos && slash > 0 && !MakeDirs(dir.substr(0, slash), 0755)) {
+  if (slash != std::string::npos && slash > 0 && !MakeDirs(dir.substr(0, slash), mode)) {
     return false;
   }
-  return mkdir(dir.c_str(), mode) == 0 || errno == EEXIST;
+  if (mkdir(dir.c_str(), mode) != 0) return errno == EEXIST;
+  return chmod(dir.c_str(), mode) == 0;
 }
 
 }  // namespace
@@ -64,12 +68,13 @@ bool PrepareFile(const DatabaseFile& file) {
   const std::string dir = slash == std::string::npos ? "" : file.path.substr(0, slash);
   if (!MakeDirs(dir, file.machine_wide ? 0755 : 0700)) return false;
   // SQLite would create the file under the umask; the mode is set here, once, and SQLite
-  // gives its -wal and -shm files the same.
-  const int fd =
-      open(file.path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, file.machine_wide ? 0644 : 0600);
-  if (fd < 0) return false;
+  // gives its journal files the same. An existing file keeps the mode it has.
+  const mode_t mode = file.machine_wide ? 0644 : 0600;
+  const int fd = open(file.path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+  if (fd < 0) return errno == EEXIST;
+  const bool ok = fchmod(fd, mode) == 0;
   close(fd);
-  return true;
+  return ok;
 }
 
 }  // namespace tsruntime::registry

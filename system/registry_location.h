@@ -22,8 +22,9 @@ std::optional<DatabaseFile> DatabaseFor(int32_t root);
 // Whether this process may change the database: machine-wide data only as root.
 bool MayWrite(const DatabaseFile& file);
 
-// Makes the folder that will hold `file` (mode 0700 per-user, 0755 machine-wide) and the
-// empty file itself (0600 per-user, 0644 machine-wide) when missing. False on failure.
+// Makes each missing folder level above `file` (0700 per-user, 0755 machine-wide) and the
+// empty file itself (0600 per-user, 0644 machine-wide), with those modes whatever the
+// umask; what exists is left as it is. False on failure.
 bool PrepareFile(const DatabaseFile& file);
 
 }  // namespace tsruntime::registry

@@ -169,14 +169,19 @@ class Connection {
 
 thread_local std::map<std::string, std::unique_ptr<Connection>> t_connections;
 
-// WAL mode and the tables. Turning a new database to WAL needs every other process out of
-// it, and SQLite reports a rival's lock at that moment at once instead of waiting for it:
-// processes that open a new store together wait here.
-int SetUp(sqlite3* db) {
+// The journal and the tables. The per-user store runs in WAL mode, where readers and
+// writers do not wait for each other. The machine-wide store keeps a rollback journal:
+// a WAL reader needs a -shm file beside the database, which other users cannot create in
+// root's folder, while a rollback-journal reader needs only a read lock on the file
+// itself. Its rare writes (installers) get full syncs. Changing the journal needs every
+// other process out of the database, and SQLite reports a rival's lock at that moment at
+// once instead of waiting for it: processes that open a new store together wait here.
+int SetUp(sqlite3* db, bool machine_wide) {
   constexpr int kPauseMs = 5;
+  const char* journal = machine_wide ? "PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL;"
+                                     : "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL;";
   for (int waited = 0;; waited += kPauseMs) {
-    int rc = sqlite3_exec(db, "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL;", nullptr,
-                          nullptr, nullptr);
+    int rc = sqlite3_exec(db, journal, nullptr, nullptr, nullptr);
     if (rc == SQLITE_OK) rc = sqlite3_exec(db, kSchema, nullptr, nullptr, nullptr);
     if (FromSqlite(rc) != kBusy || waited >= kBusyTimeoutMs) return rc;
     sqlite3_sleep(kPauseMs);
@@ -202,7 +207,7 @@ Connection* Connect(const DatabaseFile& file, Status* status) {
   const int flags = (writable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY) | SQLITE_OPEN_NOMUTEX;
   int rc = sqlite3_open_v2(file.path.c_str(), &db, flags, nullptr);
   if (rc == SQLITE_OK) rc = sqlite3_busy_timeout(db, kBusyTimeoutMs);
-  if (rc == SQLITE_OK && writable) rc = SetUp(db);
+  if (rc == SQLITE_OK && writable) rc = SetUp(db, file.machine_wide);
   if (rc != SQLITE_OK) {
     *status = FromSqlite(rc);
     sqlite3_close_v2(db);
@@ -264,9 +269,36 @@ class Tx {
     c_.Run("DELETE FROM vals WHERE key=? AND folded=?").Bind(key).Bind(Fold(name)).Step();
     return c_.Changes() > 0;
   }
-  void DeleteKey(int64_t key) {
-    c_.Run("DELETE FROM vals WHERE key=?").Bind(key).Step();
-    c_.Run("DELETE FROM keys WHERE id=?").Bind(key).Step();
+  // Deletes the key with every key below it and all their values.
+  void DeleteTree(int64_t key) {
+    c_.Run(
+          "WITH RECURSIVE sub(id) AS (SELECT ? UNION ALL "
+          "SELECT keys.id FROM keys JOIN sub ON keys.parent=sub.id) "
+          "DELETE FROM vals WHERE key IN sub")
+        .Bind(key)
+        .Step();
+    c_.Run(
+          "WITH RECURSIVE sub(id) AS (SELECT ? UNION ALL "
+          "SELECT keys.id FROM keys JOIN sub ON keys.parent=sub.id) "
+          "DELETE FROM keys WHERE id IN sub")
+        .Bind(key)
+        .Step();
+  }
+  // One key of an import: a deletion of the key and everything below it, or the key
+  // created with its values written and deleted in their order.
+  void Apply(const Key& k, const std::vector<String>& levels) {
+    if (k.deleted) {
+      if (const int64_t id = Find(k.root, levels, false)) DeleteTree(id);
+      return;
+    }
+    const int64_t id = Find(k.root, levels, true);
+    for (const Value& v : k.values) {
+      if (v.deleted) {
+        DeleteValue(id, v.name);
+      } else {
+        Set(id, v.name, v.type, v.data);
+      }
+    }
   }
   std::vector<Value> Values(int64_t key) {
     std::vector<Value> values;
@@ -309,35 +341,69 @@ void RollBack(Connection& c) {
   }
 }
 
-// Runs `body(tx)` as one transaction on the database that holds `root`. A write takes
-// the write lock up front (BEGIN IMMEDIATE), so that waiting for it goes through the
-// busy timeout instead of failing halfway. A reader of a database that does not exist
-// yet runs `empty()` instead.
+// Transactions on one or more databases that commit together: each is begun before any
+// is written, and all are committed only once every write succeeded. What is not
+// committed is rolled back when the batch ends.
+class Batch {
+ public:
+  Batch() = default;
+  Batch(const Batch&) = delete;
+  Batch& operator=(const Batch&) = delete;
+  ~Batch() {
+    for (Connection* c : open_) RollBack(*c);
+  }
+
+  // Begins a transaction on the database. A write takes the write lock up front (BEGIN
+  // IMMEDIATE), so that waiting for it goes through the busy timeout instead of failing
+  // halfway. `*c` stays null, with kSuccess, for a reader of a database not made yet.
+  Status Begin(const DatabaseFile& file, bool write, Connection** c) {
+    Status status = kSuccess;
+    *c = Connect(file, &status);
+    if (!*c) return status;
+    try {
+      (*c)->Run(write ? "BEGIN IMMEDIATE" : "BEGIN").Step();
+    } catch (const StoreError& e) {
+      return e.status;
+    }
+    open_.push_back(*c);
+    return kSuccess;
+  }
+
+  // Runs `body()` and commits every database when it returns kSuccess.
+  template <class Body>
+  Status Run(Body&& body) {
+    try {
+      const Status status = body();
+      if (status != kSuccess) return status;
+      for (; !open_.empty(); open_.erase(open_.begin())) open_.front()->Run("COMMIT").Step();
+      return kSuccess;
+    } catch (const StoreError& e) {
+      return e.status;
+    } catch (const std::bad_alloc&) {
+      return kStoreFailed;
+    }
+  }
+
+ private:
+  std::vector<Connection*> open_;
+};
+
+// Runs `body(tx)` as one transaction on the database that holds `root`. A reader of a
+// database that does not exist yet runs `empty()` instead.
 template <class Body, class Empty>
 Status Transact(int32_t root, bool write, Body&& body, Empty&& empty) {
   const std::optional<DatabaseFile> file = DatabaseFor(root);
   if (!file) return kInvalidHandle;
   if (write && !MayWrite(*file)) return kAccessDenied;
-  Status status = kSuccess;
-  Connection* c = Connect(*file, &status);
-  if (!c) return status == kSuccess ? empty() : status;
-  try {
-    c->Run(write ? "BEGIN IMMEDIATE" : "BEGIN").Step();
-  } catch (const StoreError& e) {
-    return e.status;
-  }
-  try {
+  Batch batch;
+  Connection* c = nullptr;
+  const Status status = batch.Begin(*file, write, &c);
+  if (status != kSuccess) return status;
+  if (!c) return empty();
+  return batch.Run([&] {
     Tx tx(*c);
-    status = body(tx);
-    c->Run(status == kSuccess ? "COMMIT" : "ROLLBACK").Step();
-    return status;
-  } catch (const StoreError& e) {
-    RollBack(*c);
-    return e.status;
-  } catch (const std::bad_alloc&) {
-    RollBack(*c);
-    return kStoreFailed;
-  }
+    return body(tx);
+  });
 }
 
 // A key that exists only when its path is empty: the operation on an empty store.
@@ -405,7 +471,7 @@ Status DeleteKey(int32_t root, StringView path) {
         const int64_t id = tx.Find(root, p.levels, false);
         if (id == 0) return kFileNotFound;
         if (tx.HasChildren(id)) return kAccessDenied;
-        tx.DeleteKey(id);
+        tx.DeleteTree(id);
         return kSuccess;
       },
       [] { return kAccessDenied; });
@@ -487,31 +553,40 @@ Status ReadTree(int32_t root, StringView path, std::vector<Key>* keys) {
       });
 }
 
+Status CheckPath(StringView path) { return SplitPath(path).status; }
+
 Status WriteKeys(const std::vector<Key>& keys) {
-  // One transaction per database: keys grouped by the file that holds their root.
-  std::map<std::string, std::vector<const Key*>> by_file;
+  // Everything is checked before anything is written: every root, path and permission.
+  // The databases are then locked in the order of their paths, so that two writers of
+  // both cannot wait for each other.
+  struct Group {
+    DatabaseFile file;
+    std::vector<std::pair<const Key*, std::vector<String>>> keys;
+    Connection* c = nullptr;
+  };
+  std::map<std::string, Group> by_file;
   for (const Key& k : keys) {
     const std::optional<DatabaseFile> file = DatabaseFor(k.root);
     if (!file) return kInvalidHandle;
-    const Path p = SplitPath(k.path);
+    if (!MayWrite(*file)) return kAccessDenied;
+    Path p = SplitPath(k.path);
     if (p.status != kSuccess) return p.status;
-    by_file[file->path].push_back(&k);
+    if (k.deleted && p.levels.empty()) return kAccessDenied;  // a root is never deleted
+    Group& g = by_file.try_emplace(file->path, Group{*file, {}}).first->second;
+    g.keys.emplace_back(&k, std::move(p.levels));
   }
-  for (const auto& entry : by_file) {
-    const std::vector<const Key*>& group = entry.second;
-    const Status s = Transact(
-        group.front()->root, true,
-        [&](Tx& tx) {
-          for (const Key* k : group) {
-            const int64_t id = tx.Find(k->root, SplitPath(k->path).levels, true);
-            for (const Value& v : k->values) tx.Set(id, v.name, v.type, v.data);
-          }
-          return kSuccess;
-        },
-        [] { return kAccessDenied; });
-    if (s != kSuccess) return s;
+  Batch batch;
+  for (auto& [path, g] : by_file) {
+    const Status status = batch.Begin(g.file, true, &g.c);
+    if (status != kSuccess) return status;
   }
-  return kSuccess;
+  return batch.Run([&] {
+    for (auto& [path, g] : by_file) {
+      Tx tx(*g.c);
+      for (const auto& [k, levels] : g.keys) tx.Apply(*k, levels);
+    }
+    return kSuccess;
+  });
 }
 
 }  // namespace tsruntime::registry

@@ -55,6 +55,7 @@ struct Value {
   String name;  // as first written; empty for the default value
   uint32_t type = kRegNone;
   std::vector<uint8_t> data;
+  bool deleted = false;  // in an import: the value is to be deleted (type and data unused)
 };
 
 // One key with its values in the order they were first written.
@@ -62,6 +63,7 @@ struct Key {
   int32_t root = 0;
   String path;  // below the root, levels as first written, "" for the root itself
   std::vector<Value> values;
+  bool deleted = false;  // in an import: the key and everything below it are to go
 };
 
 // The root's name ("HKEY_CURRENT_USER"), or "" for a handle that is not a root.
@@ -86,7 +88,16 @@ Status QueryValue(int32_t root, StringView path, StringView name, uint32_t* type
 // The key and all keys below it, parents before children, children in the order of
 // their names compared without regard to case.
 Status ReadTree(int32_t root, StringView path, std::vector<Key>* keys);
-// Creates each key and writes its values, in one transaction per database.
+// kSuccess for a path the store takes; kBadPathname or kInvalidParameter as a call with
+// it would fail.
+Status CheckPath(StringView path);
+
+// Applies the keys in their order: a deleted key goes with everything below it (a key
+// that is not there is no error, a root is never deleted); any other key is created and
+// its values are written or deleted in their order. Nothing is written unless every key
+// has a root of the store, a path the store takes and a database this process may
+// write; every database involved is then locked before any is written, and all commit
+// together.
 Status WriteKeys(const std::vector<Key>& keys);
 
 }  // namespace tsruntime::registry

@@ -19,6 +19,10 @@ constexpr StringView kHeader5 = u"Windows Registry Editor Version 5.00";
 constexpr StringView kHeader4 = u"REGEDIT4";
 // Registry editors wrap a hex list once a line reaches this many characters.
 constexpr size_t kHexWrap = 77;
+constexpr uint32_t kRegMultiSz = 7;
+
+bool IsBlank(char16_t c) { return c == u' ' || c == u'\t'; }
+bool HasLineBreak(StringView text) { return text.find_first_of(u"\r\n") != StringView::npos; }
 
 String Quoted(StringView text) {
   String out = u"\"";
@@ -52,6 +56,7 @@ std::optional<String> PlainText(const std::vector<uint8_t>& data) {
 String ValueLine(const Value& v) {
   String line = v.name.empty() ? u"@" : Quoted(v.name);
   line += u'=';
+  if (v.deleted) return line + u"-";
   if (v.type == kRegSz) {
     if (const std::optional<String> text = PlainText(v.data)) return line + Quoted(*text);
   }
@@ -75,76 +80,187 @@ String ValueLine(const Value& v) {
   return line;
 }
 
+String KeyName(int32_t root, StringView path) {
+  return RootName(root) + (path.empty() ? u"" : u"\\" + String(path));
+}
+
+// A name with a line break would end its line early: such a key is refused rather than
+// written as a file that does not read back. Named by the key above the odd name.
+void CheckNames(const Key& k) {
+  const size_t broken = k.path.find_first_of(u"\r\n");
+  if (broken != String::npos) {
+    const size_t above = k.path.rfind(u'\\', broken);
+    const StringView parent = StringView(k.path).substr(0, above == String::npos ? 0 : above);
+    Fail(RuntimeError::kInvalidCall,
+         u"a name below " + KeyName(k.root, parent) + u" holds a line break");
+  }
+  for (const Value& v : k.values) {
+    if (HasLineBreak(v.name)) {
+      Fail(RuntimeError::kInvalidCall,
+           u"a name below " + KeyName(k.root, k.path) + u" holds a line break");
+    }
+  }
+}
+
 }  // namespace
 
 String ExportText(const std::vector<Key>& keys) {
   String text = String(kHeader5) + u"\r\n\r\n";
   for (const Key& k : keys) {
-    text += u"[" + RootName(k.root) + (k.path.empty() ? u"" : u"\\" + k.path) + u"]\r\n";
+    CheckNames(k);
+    text += (k.deleted ? u"[-" : u"[") + KeyName(k.root, k.path) + u"]\r\n";
     for (const Value& v : k.values) text += ValueLine(v) + u"\r\n";
     text += u"\r\n";
   }
   return text;
 }
 
-namespace {
-
-// Lines without their CR LF, continuation lines ("\" at the end) joined.
-std::vector<std::pair<int, String>> Lines(StringView text) {
-  std::vector<std::pair<int, String>> lines;
-  int number = 0;
-  bool continues = false;
-  for (size_t start = 0; start <= text.size();) {
-    size_t end = text.find(u'\n', start);
-    if (end == StringView::npos) end = text.size();
-    StringView line = text.substr(start, end - start);
-    if (!line.empty() && line.back() == u'\r') line.remove_suffix(1);
-    ++number;
-    if (continues) {
-      line.remove_prefix(std::min(line.find_first_not_of(u" \t"), line.size()));
-      lines.back().second += line;
-    } else {
-      lines.emplace_back(number, String(line));
-    }
-    String& last = lines.back().second;
-    continues = !last.empty() && last.back() == u'\\' && last.find(u"=hex") != String::npos;
-    if (continues) last.pop_back();
-    start = end + 1;
+String DecodeExportFile(std::span<const uint8_t> bytes) {
+  if (bytes.size() >= 2 && bytes[0] == 0xFF && bytes[1] == 0xFE) {
+    return FromUtf16LeBytes(bytes.subspan(2));
   }
-  return lines;
+  if (bytes.size() >= 3 && bytes[0] == 0xEF && bytes[1] == 0xBB && bytes[2] == 0xBF) {
+    return FromUtf8(std::string_view(reinterpret_cast<const char*>(bytes.data()) + 3,
+                                     bytes.size() - 3));
+  }
+  return AnsiToString(bytes);
 }
 
-class LineReader {
- public:
-  LineReader(int number, StringView text) : number_(number), text_(text) {}
+namespace {
 
-  [[noreturn]] void Bad(const char* what) const {
-    Fail(RuntimeError::kInvalidCall, FromAscii("line " + std::to_string(number_) + ": " + what));
+// Reads an export text line by line. Blanks at either end of a line mean nothing; a hex
+// list goes on over the next line after a "\" that ends its line.
+class Parser {
+ public:
+  explicit Parser(StringView text) {
+    for (size_t start = 0; start <= text.size();) {
+      size_t end = text.find(u'\n', start);
+      if (end == StringView::npos) end = text.size();
+      StringView line = text.substr(start, end - start);
+      if (!line.empty() && line.back() == u'\r') line.remove_suffix(1);
+      while (!line.empty() && IsBlank(line.back())) line.remove_suffix(1);
+      lines_.push_back(line);
+      start = end + 1;
+    }
   }
+
+  std::vector<Key> Keys() {
+    while (Next() && line_.empty()) {
+    }
+    const bool ansi = line_ == kHeader4;
+    if (!ansi && line_ != kHeader5) Bad("not a registry export");
+    std::vector<Key> keys;
+    while (Next()) {
+      if (line_.empty() || line_[0] == u';') continue;
+      if (line_[0] == u'[') {
+        keys.push_back(KeyLine());
+        continue;
+      }
+      if (keys.empty()) Bad("a value before the first key");
+      if (keys.back().deleted) Bad("a value under a key being deleted");
+      keys.back().values.push_back(ValueLine(ansi));
+    }
+    return keys;
+  }
+
+ private:
+  [[noreturn]] void Bad(const char* what) const {
+    Fail(RuntimeError::kInvalidCall, FromAscii("line " + std::to_string(next_) + ": " + what));
+  }
+  // Moves to the next line, leading blanks skipped; false past the last one.
+  bool Next() {
+    if (next_ == lines_.size()) return false;
+    line_ = lines_[next_++];
+    pos_ = 0;
+    SkipBlanks();
+    line_.remove_prefix(pos_);
+    pos_ = 0;
+    return true;
+  }
+  void SkipBlanks() {
+    while (pos_ < line_.size() && IsBlank(line_[pos_])) ++pos_;
+  }
+  bool AtEnd() const { return pos_ == line_.size(); }
   bool Eat(StringView s) {
-    if (text_.substr(pos_, s.size()) != s) return false;
+    if (line_.substr(pos_, s.size()) != s) return false;
     pos_ += s.size();
     return true;
   }
+  void End() {
+    if (!AtEnd()) Bad("unexpected text at the end of the line");
+  }
+
+  Key KeyLine() {
+    if (line_.size() < 3 || line_.back() != u']') Bad("\"]\" expected at the end of the key");
+    Key k;
+    k.deleted = line_[1] == u'-';
+    const StringView name = line_.substr(k.deleted ? 2 : 1, line_.size() - (k.deleted ? 3 : 2));
+    const size_t slash = name.find(u'\\');
+    k.root = RootNamed(name.substr(0, slash));
+    if (k.root == 0) Bad("the key does not start with a root key's name");
+    StringView path = slash == StringView::npos ? StringView() : name.substr(slash + 1);
+    if (!path.empty() && path.back() == u'\\') path.remove_suffix(1);
+    if ((!path.empty() && path.back() == u'\\') || CheckPath(path) != kSuccess) {
+      Bad("the key's path has an empty or overlong level");
+    }
+    if (k.deleted && path.empty()) Bad("a root key cannot be deleted");
+    k.path = String(path);
+    return k;
+  }
+
+  Value ValueLine(bool ansi) {
+    Value v;
+    if (!Eat(u"@")) v.name = QuotedText();
+    SkipBlanks();
+    if (!Eat(u"=")) Bad("\"=\" expected after the value name");
+    SkipBlanks();
+    if (Eat(u"-")) {
+      v.deleted = true;
+    } else if (Eat(u"dword:")) {
+      const uint32_t n = HexNumber(8);
+      v.type = kRegDword;
+      v.data = {static_cast<uint8_t>(n), static_cast<uint8_t>(n >> 8),
+                static_cast<uint8_t>(n >> 16), static_cast<uint8_t>(n >> 24)};
+    } else if (Eat(u"hex:")) {
+      v.type = kRegBinary;
+      v.data = HexBytes();
+    } else if (Eat(u"hex(")) {
+      v.type = HexNumber(8);
+      if (!Eat(u"):")) Bad("\"):\" expected after the type number");
+      v.data = HexBytes();
+      // The older form wrote the string types as ANSI bytes; the store holds UTF-16.
+      if (ansi && (v.type == kRegSz || v.type == kRegExpandSz || v.type == kRegMultiSz)) {
+        v.data = Utf16LeBytes(AnsiToString(v.data));
+      }
+    } else {
+      v.type = kRegSz;
+      v.data = Utf16LeBytes(QuotedText());
+      v.data.insert(v.data.end(), {0, 0});
+    }
+    End();
+    return v;
+  }
+
   String QuotedText() {
     if (!Eat(u"\"")) Bad("a quoted text expected");
     String out;
-    for (; pos_ < text_.size(); ++pos_) {
-      char16_t c = text_[pos_];
+    for (; pos_ < line_.size(); ++pos_) {
+      char16_t c = line_[pos_];
       if (c == u'"') {
         ++pos_;
         return out;
       }
-      if (c == u'\\' && pos_ + 1 < text_.size()) c = text_[++pos_];
+      if (c == u'\\' && pos_ + 1 < line_.size()) c = line_[++pos_];
       out += c;
     }
     Bad("a closing quote expected");
   }
+
   uint32_t HexNumber(size_t max_digits) {
     uint32_t n = 0;
     size_t digits = 0;
-    for (; pos_ < text_.size() && digits < max_digits; ++pos_, ++digits) {
-      const char16_t c = text_[pos_];
+    for (; pos_ < line_.size() && digits < max_digits; ++pos_, ++digits) {
+      const char16_t c = line_[pos_];
       const int d = c >= u'0' && c <= u'9'   ? c - u'0'
                     : c >= u'a' && c <= u'f' ? c - u'a' + 10
                     : c >= u'A' && c <= u'F' ? c - u'A' + 10
@@ -155,94 +271,36 @@ class LineReader {
     if (digits == 0) Bad("hexadecimal digits expected");
     return n;
   }
+
+  // Bytes separated by commas, up to the end of the line; a "\" that ends a line goes on
+  // with the next.
   std::vector<uint8_t> HexBytes() {
     std::vector<uint8_t> bytes;
-    while (pos_ < text_.size()) {
-      while (pos_ < text_.size() && text_[pos_] == u' ') ++pos_;
-      if (pos_ == text_.size()) break;
-      bytes.push_back(static_cast<uint8_t>(HexNumber(2)));
-      while (pos_ < text_.size() && text_[pos_] == u' ') ++pos_;
-      if (pos_ < text_.size() && !Eat(u",")) Bad("a comma expected between bytes");
+    bool byte_next = true;
+    for (;;) {
+      SkipBlanks();
+      if (AtEnd()) return bytes;
+      if (pos_ + 1 == line_.size() && line_[pos_] == u'\\') {
+        if (!Next()) Bad("the value goes on past the end of the file");
+        continue;
+      }
+      if (byte_next) {
+        bytes.push_back(static_cast<uint8_t>(HexNumber(2)));
+      } else if (!Eat(u",")) {
+        Bad("a comma expected between bytes");
+      }
+      byte_next = !byte_next;
     }
-    return bytes;
-  }
-  void End() {
-    while (pos_ < text_.size() && (text_[pos_] == u' ' || text_[pos_] == u'\t')) ++pos_;
-    if (pos_ != text_.size()) Bad("unexpected text at the end of the line");
   }
 
- private:
-  int number_;
-  StringView text_;
+  std::vector<StringView> lines_;
+  size_t next_ = 0;  // the number of the current line, counted from 1
+  StringView line_;
   size_t pos_ = 0;
 };
 
-std::vector<uint8_t> Utf16WithTerminator(StringView text) {
-  std::vector<uint8_t> bytes = Utf16LeBytes(text);
-  bytes.insert(bytes.end(), {0, 0});
-  return bytes;
-}
-
-Value ReadValue(LineReader& r, bool ansi) {
-  Value v;
-  if (!r.Eat(u"@")) v.name = r.QuotedText();
-  if (!r.Eat(u"=")) r.Bad("\"=\" expected after the value name");
-  if (r.Eat(u"-")) r.Bad("deleting values is not supported");
-  if (r.Eat(u"dword:")) {
-    const uint32_t n = r.HexNumber(8);
-    v.type = kRegDword;
-    v.data = {static_cast<uint8_t>(n), static_cast<uint8_t>(n >> 8), static_cast<uint8_t>(n >> 16),
-              static_cast<uint8_t>(n >> 24)};
-  } else if (r.Eat(u"hex:")) {
-    v.type = kRegBinary;
-    v.data = r.HexBytes();
-  } else if (r.Eat(u"hex(")) {
-    v.type = r.HexNumber(8);
-    if (!r.Eat(u"):")) r.Bad("\"):\" expected after the type number");
-    v.data = r.HexBytes();
-    // The older form wrote string types as ANSI bytes; the store holds them as UTF-16.
-    if (ansi && (v.type == kRegExpandSz || v.type == 7)) {
-      v.data = Utf16WithTerminator(AnsiToString(v.data));
-      v.data.resize(v.data.size() - 2);
-    }
-  } else {
-    v.type = kRegSz;
-    v.data = Utf16WithTerminator(r.QuotedText());
-  }
-  r.End();
-  return v;
-}
-
 }  // namespace
 
-std::vector<Key> ParseExportText(StringView text) {
-  const auto lines = Lines(text);
-  size_t i = 0;
-  while (i < lines.size() && lines[i].second.empty()) ++i;
-  const bool ansi = i < lines.size() && lines[i].second == kHeader4;
-  if (i == lines.size() || (lines[i].second != kHeader5 && !ansi)) {
-    LineReader(i < lines.size() ? lines[i].first : 1, u"").Bad("not a registry export");
-  }
-  std::vector<Key> keys;
-  for (++i; i < lines.size(); ++i) {
-    const auto& [number, line] = lines[i];
-    LineReader r(number, line);
-    if (line.empty() || line[0] == u';') continue;
-    if (line[0] == u'[') {
-      if (line.size() < 3 || line.back() != u']') r.Bad("\"]\" expected at the end of the key");
-      if (line[1] == u'-') r.Bad("deleting keys is not supported");
-      const StringView path = StringView(line).substr(1, line.size() - 2);
-      const size_t slash = path.find(u'\\');
-      const int32_t root = RootNamed(path.substr(0, slash));
-      if (root == 0) r.Bad("the key does not start with a root key's name");
-      keys.push_back(
-          Key{root, slash == StringView::npos ? String() : String(path.substr(slash + 1)), {}});
-      continue;
-    }
-    if (keys.empty()) r.Bad("a value before the first key");
-    keys.back().values.push_back(ReadValue(r, ansi));
-  }
-  return keys;
-}
+std::vector<Key> ParseExportText(StringView text) { return Parser(text).Keys(); }
 
 }  // namespace tsruntime::registry

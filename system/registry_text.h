@@ -1,7 +1,9 @@
-// The registry's text export format (see registry_file.h for its rules), between text and
-// the store's keys. Files, byte-order marks and the store itself are registry_file.cpp's.
+// The registry's text export format (see registry_file.h for its rules), between a file's
+// bytes and the store's keys. Files and the store itself are registry_file.cpp's.
 #pragma once
 
+#include <cstdint>
+#include <span>
 #include <vector>
 
 #include "registry_store.h"
@@ -9,11 +11,17 @@
 
 namespace tsruntime::registry {
 
-// The text of `keys`: the header line, then each key with its values.
+// The text of `keys`: the header line, then each key with its values (deletions as
+// "[-key]" and "name"=-). Raises invalid procedure call (5) for a key or value name with
+// a line break, which no line of the format can hold.
 String ExportText(const std::vector<Key>& keys);
 
-// The keys and values of an export text, in file order. Raises invalid procedure call (5)
-// with the line number for text that is not in the format.
+// The text of an export file: UTF-16LE after its byte-order mark, UTF-8 after its
+// byte-order mark, else ANSI.
+String DecodeExportFile(std::span<const uint8_t> bytes);
+
+// The keys and values of an export text, deletions included, in file order. Raises
+// invalid procedure call (5) with the line number for text that is not in the format.
 std::vector<Key> ParseExportText(StringView text);
 
 // Raises the host runtime's `code` with its standard text, ": " and `detail`.

@@ -2,9 +2,11 @@
 // where the store lives and who may write it.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
+#include <map>
+
+#include "support/child_process.h"
 #include "support/outcome.h"
 #include "system/registry_support.h"
 
@@ -111,67 +113,103 @@ TEST_F(RegistryKeys, CreateAndDeleteFollowThePlatformRules) {
   for (const Case& c : cases) EXPECT_EQ(c.run(), c.expected) << c.what;
 }
 
-// What a user other than root managed: bit 1 set, 2 create, 4 delete were allowed; 8 the
-// read of what root wrote failed.
-int MachineWideAttempts(bool root_wrote) {
-  auto r = New<clsZKRegistry>();
-  int failures = 0;
-  if (r->SetString(HKEY_LOCAL_MACHINE, u"Soft", u"Name", u"user")) failures |= 1;
-  if (r->CreateSubKey(HKEY_CLASSES_ROOT, u"New")) failures |= 2;
-  if (r->DeleteKey(HKEY_LOCAL_MACHINE, u"Soft", u"Name")) failures |= 4;
-  if (root_wrote && r->GetString(HKEY_LOCAL_MACHINE, u"Soft", u"Name") != u"machine") {
-    failures |= 8;
-  }
-  return failures;
+// tsrt calling a registry member, in a process of its own; what it printed, or the
+// failure with its output.
+std::string Registry(const std::vector<std::string>& call, const testing::EnvChanges& env,
+                     std::optional<uid_t> uid = std::nullopt) {
+  std::vector<std::string> argv{TSRT_PATH, "call", "clsZKRegistry"};
+  argv.insert(argv.end(), call.begin(), call.end());
+  const testing::ChildResult r = testing::RunProgram(argv, env, uid);
+  return r.exit_code == 0 ? r.output : "exit " + std::to_string(r.exit_code) + ": " + r.output;
 }
 
-TEST_F(RegistryKeys, OnlyRootWritesMachineWideKeysWhileOthersStillReadThem) {
-  if (geteuid() != 0) {
-    EXPECT_EQ(MachineWideAttempts(false), 0);
-    return;
-  }
-  // As root: write, then try again as nobody in a child.
-  ASSERT_TRUE(reg->SetString(HKEY_LOCAL_MACHINE, u"Soft", u"Name", u"machine"));
+const std::string kHKLM = std::to_string(HKEY_LOCAL_MACHINE);
+const std::string kHKCR = std::to_string(HKEY_CLASSES_ROOT);
+
+TEST_F(RegistryKeys, UsersReadWhatRootWroteAfterItsProcessEndedAndWriteNothingMachineWide) {
+  if (!testing::CanRunAsOrdinaryUser()) GTEST_SKIP() << "needs root and setpriv";
   ASSERT_EQ(chmod(dir().c_str(), 0755), 0);
-  const pid_t child = fork();
-  if (child == 0) {
-    if (setgid(65534) != 0 || setuid(65534) != 0) _exit(16);
-    _exit(MachineWideAttempts(true));
+  // The installer runs under a strict umask; the store folder is the library's to make.
+  const testing::EnvChanges env{{"TSRUNTIME_REGISTRY_DIR", dir() + "/store"}};
+  const mode_t umask_before = umask(077);
+  const std::string installed =
+      Registry({"SetString", kHKLM, R"("Software\Acme")", R"("Path")", R"("/opt/acme")"}, env);
+  umask(umask_before);
+  ASSERT_EQ(installed, "True\n");
+
+  const struct {
+    const char* what;
+    std::vector<std::string> call;
+    std::string printed;
+  } as_user[] = {
+      {"reads the value", {"GetString", kHKLM, R"("Software\Acme")", R"("Path")", "", "False"},
+       "\"/opt/acme\"\nblnError = False\n"},
+      {"cannot change it", {"SetString", kHKLM, R"("Software\Acme")", R"("Path")", R"("x")"},
+       "False\n"},
+      {"cannot create a key", {"CreateSubKey", kHKCR, R"("New")"}, "False\n"},
+      {"cannot delete the value", {"DeleteKey", kHKLM, R"("Software\Acme")", R"("Path")"},
+       "False\n"},
+  };
+  for (const auto& c : as_user) {
+    EXPECT_EQ(Registry(c.call, env, testing::ThrowawayUid()), c.printed) << c.what;
   }
-  int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  ASSERT_TRUE(WIFEXITED(status));
-  EXPECT_EQ(WEXITSTATUS(status), 0) << "see MachineWideAttempts; 16: could not drop root";
-  EXPECT_EQ(reg->GetString(HKEY_LOCAL_MACHINE, u"Soft", u"Name"), u"machine");
+  EXPECT_EQ(Registry({"GetString", kHKLM, R"("Software\Acme")", R"("Path")"}, env),
+            "\"/opt/acme\"\n");
 }
 
-TEST_F(RegistryKeys, TheStoreLivesInTheUsersConfigFolderUnlessMoved) {
-  struct Place {
+TEST_F(RegistryKeys, TheStoreIsMadeWithItsOwnModesWhereverItLivesWhateverTheUmask) {
+  struct Level {
+    const char* path;  // below the scratch folder
+    mode_t mode;
+  };
+  const struct {
     const char* what;
-    const char* xdg;   // XDG_CONFIG_HOME below the scratch folder, or null to unset it
-    const char* file;  // where the per-user database appears
+    mode_t umask;
+    int32_t root;
+    testing::EnvChanges env;  // relative values are below the scratch folder
+    std::vector<Level> made;
+  } cases[] = {
+      {"under XDG_CONFIG_HOME", 022, HKCU,
+       {{"XDG_CONFIG_HOME", "xdg"}, {"TSRUNTIME_REGISTRY_DIR", std::nullopt}},
+       {{"xdg", 0700}, {"xdg/tsruntime", 0700}, {"xdg/tsruntime/registry.db", 0600}}},
+      {"under ~/.config without it", 022, HKCU,
+       {{"HOME", "home"}, {"XDG_CONFIG_HOME", std::nullopt}, {"TSRUNTIME_REGISTRY_DIR", std::nullopt}},
+       {{"home/.config", 0700}, {"home/.config/tsruntime", 0700},
+        {"home/.config/tsruntime/registry.db", 0600}}},
+      {"per-user, moved, umask 000", 0, HKCU, {{"TSRUNTIME_REGISTRY_DIR", "u/store"}},
+       {{"u", 0700}, {"u/store", 0700}, {"u/store/user.db", 0600}}},
+      {"machine-wide, moved, umask 077", 077, HKEY_LOCAL_MACHINE,
+       {{"TSRUNTIME_REGISTRY_DIR", "m/store"}},
+       {{"m", 0755}, {"m/store", 0755}, {"m/store/machine.db", 0644}}},
   };
-  const Place places[] = {
-      {"under XDG_CONFIG_HOME", "xdg", "xdg/tsruntime/registry.db"},
-      {"under ~/.config without it", nullptr, "home/.config/tsruntime/registry.db"},
-  };
-  const char* old_home = getenv("HOME");
-  const std::string saved_home = old_home ? old_home : "";
-  unsetenv("TSRUNTIME_REGISTRY_DIR");
-  for (const Place& p : places) {
-    setenv("HOME", (dir() + "/home").c_str(), 1);
-    if (p.xdg) {
-      setenv("XDG_CONFIG_HOME", (dir() + "/" + p.xdg).c_str(), 1);
-    } else {
-      unsetenv("XDG_CONFIG_HOME");
+  ASSERT_EQ(mkdir((dir() + "/home").c_str(), 0755), 0);
+  for (const auto& c : cases) {
+    std::map<std::string, std::optional<std::string>> before;
+    for (const auto& [name, value] : c.env) {
+      const char* old = getenv(name.c_str());
+      before[name] = old ? std::optional<std::string>(old) : std::nullopt;
+      if (value) {
+        setenv(name.c_str(), (dir() + "/" + *value).c_str(), 1);
+      } else {
+        unsetenv(name.c_str());
+      }
     }
-    EXPECT_TRUE(New<clsZKRegistry>()->SetString(HKCU, u"K", u"N", u"v")) << p.what;
-    struct stat st {};
-    ASSERT_EQ(stat((dir() + "/" + p.file).c_str(), &st), 0) << p.what;
-    EXPECT_EQ(st.st_mode & 0777, 0600u) << p.what;
+    const mode_t umask_before = umask(c.umask);
+    EXPECT_TRUE(New<clsZKRegistry>()->SetString(c.root, u"K", u"N", u"v")) << c.what;
+    umask(umask_before);
+    for (const auto& [name, value] : before) {
+      if (value) {
+        setenv(name.c_str(), value->c_str(), 1);
+      } else {
+        unsetenv(name.c_str());
+      }
+    }
+    for (const Level& level : c.made) {
+      struct stat st {};
+      ASSERT_EQ(stat((dir() + "/" + level.path).c_str(), &st), 0) << c.what << ": " << level.path;
+      EXPECT_EQ(st.st_mode & 0777, level.mode) << c.what << ": " << level.path;
+    }
   }
-  unsetenv("XDG_CONFIG_HOME");
-  setenv("HOME", saved_home.c_str(), 1);
 }
 
 }  // namespace
