@@ -1,6 +1,7 @@
 """Timers and window subclassing from Python: ThatTime through DispatchWithEvents while
 pumping, and Python objects as subclassing clients of a PlainWindow."""
 
+import gc
 import os
 import subprocess
 import sys
@@ -162,6 +163,7 @@ def test_python_objects_subclass_a_plain_window():
     del a
     window.Close()
     assert (window.Visible, window.Handle) == (False, 0), "closed: its native window is gone"
+    gc.collect()  # the errors caught above hold frames in cycles
     assert held() is None, "released with the window, not held until the widget goes"
     assert raised(lambda: sub.AttachMessage(b, h, 16))[0] == -2147208421
 
