@@ -47,6 +47,22 @@ void QuietStartup(QtMsgType type, const QMessageLogContext& context, const QStri
   if (previous_handler) previous_handler(type, context, text);
 }
 
+// Qt 6 names file types ("Folder", "Drive") under a context of their own, which its
+// translations do not have yet; they have the same texts under the file dialog's.
+class FileTypeNames : public QTranslator {
+ public:
+  FileTypeNames(const QTranslator& qt, QObject* parent) : QTranslator(parent), qt_(qt) {}
+  QString translate(const char* context, const char* source, const char* disambiguation,
+                    int n) const override {
+    if (std::strcmp(context, "QAbstractFileIconProvider") != 0) return QString();
+    return qt_.translate("QFileDialog", source, disambiguation, n);
+  }
+  bool isEmpty() const override { return false; }
+
+ private:
+  const QTranslator& qt_;
+};
+
 // Qt's own texts (the standard dialogs' labels and buttons) in the user's language, as the
 // platform's dialogs are; a host's translators installed later take precedence.
 void LoadQtTranslations(QCoreApplication& app) {
@@ -54,12 +70,13 @@ void LoadQtTranslations(QCoreApplication& app) {
   if (loaded) return;
   loaded = true;
   auto* translator = new QTranslator(&app);
-  if (translator->load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
-                       QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
-    QCoreApplication::installTranslator(translator);
-  } else {
+  if (!translator->load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
+                        QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
     delete translator;
+    return;
   }
+  QCoreApplication::installTranslator(translator);
+  QCoreApplication::installTranslator(new FileTypeNames(*translator, &app));
 }
 
 }  // namespace

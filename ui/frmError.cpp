@@ -34,27 +34,28 @@ QPushButton* Button(QWidget* parent, const char* object_name, const QString& tex
 }
 
 // The tab stop distance that starts the values after the report's labels in one column,
-// as soon after the widest label as the stops allow, with a space's width at least after
-// every label.
+// as soon after the widest label as the stops allow. Every tab lands a space's width or more
+// past its text, so that the few pixels by which a face's rendering may differ from its
+// metrics never move a value to another stop.
 qreal ReportTabDistance(const QFontMetricsF& metrics) {
   const qreal gap = metrics.horizontalAdvance(u' ');
   qreal widest = 0;
   for (const ErrorReportLabel& label : kErrorReportLabels)
     widest = std::max(widest, metrics.horizontalAdvance(QString::fromUtf16(label.text)));
   qreal best_distance = widest + gap;
-  qreal best_column = 2 * (widest + gap) * std::size(kErrorReportLabels);
+  qreal best_column = -1;
   constexpr qreal kStep = 0.5;
-  for (qreal distance = kStep; distance <= widest + gap; distance += kStep) {
+  for (qreal distance = 2 * gap; distance <= widest + gap; distance += kStep) {
     qreal column = -1;
     bool lined_up = true;
     for (const ErrorReportLabel& label : kErrorReportLabels) {
       const qreal width = metrics.horizontalAdvance(QString::fromUtf16(label.text));
-      // The first tab goes to the next stop past the label, each further one a stop on.
-      const qreal at = (std::floor(width / distance) + label.tabs) * distance;
-      lined_up = lined_up && at - width >= gap && (column < 0 || std::abs(at - column) < 0.01);
+      const qreal first_stop = (std::floor(width / distance) + 1) * distance;
+      const qreal at = first_stop + (label.tabs - 1) * distance;
+      lined_up = lined_up && first_stop - width >= gap && (column < 0 || std::abs(at - column) < 0.01);
       column = at;
     }
-    if (lined_up && column <= best_column) {
+    if (lined_up && (best_column < 0 || column <= best_column + 0.01)) {
       best_column = column;
       best_distance = distance;
     }

@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QFontDialog>
+#include <QFontInfo>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLocale>
@@ -184,6 +185,9 @@ FontDialogOutcome RunFontDialog(int32_t owner, const FontChoice& initial) {
   font.setItalic(initial.italic);
   font.setStrikeOut(initial.strikeout);
   font.setUnderline(initial.underline);
+  // A name that fontconfig stands in for ("Sans Serif", "MS Sans Serif") is shown as the
+  // family it gives: the dialog lists only real ones.
+  font.setFamily(QFontInfo(font).family());
   font.setStyleName(FaceStyleName(font));
   QFontDialog dialog(Owner(owner));
   SelectWritingSystem(dialog, UsersWritingSystem());

@@ -88,7 +88,9 @@ TEST(CdlDialogs, DialogsSpeakTheUsersLanguage) {
     cdl->LetFileFilter(u"Текстовые файлы (*.txt)|*.txt|Все файлы|*");
     cdl->LetFilePath(Wide(folder.path()));
     cdl->LetFolderPath(Wide(folder.path()));
-    cdl->LetFolderPrompt(u"Выберите папку, в которую программа сохранит отчёты за месяц");
+    cdl->LetFolderPrompt(
+        u"Выберите папку, в которую программа будет сохранять ежемесячные отчёты, журналы "
+        u"работы и резервные копии настроек");
     cdl->LetFileFullName(Wide(folder.path() / "отчёт.txt"));
     std::string seen;
     ModalScript script;

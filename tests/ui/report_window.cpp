@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <QDir>
 #include <QFileDialog>
 #include <QGuiApplication>
 #include <QLabel>
@@ -252,6 +253,9 @@ TEST(ReportWindow, CancellingTheSaveDialogWritesAndShowsNothing) {
 
 TEST(ReportWindow, AFailedWriteShowsTheFileNameInAnInformationBox) {
   ReportFolder folder;
+  // The save dialog starts in the working folder: one with nothing of the machine's in it.
+  const QString working = QDir::currentPath();
+  QDir::setCurrent(QString::fromStdString(folder.path.string()));
   const std::string target = (folder.path / "missing" / "report").string();
   std::string box;
   bool still_open = false;
@@ -274,6 +278,7 @@ TEST(ReportWindow, AFailedWriteShowsTheFileNameInAnInformationBox) {
           },
           "frmError");
   SampleErrors(u"Склад")->ShowErrorMessage();
+  QDir::setCurrent(working);
   ASSERT_TRUE(script.Done()) << script.Trace();
   EXPECT_EQ(box, "Ошибка: Склад | Ошибка записи в файл:\r\n'" + target + ".txt' (information)")
       << "titled as the report window";

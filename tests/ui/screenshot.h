@@ -9,6 +9,7 @@
 #include <QGuiApplication>
 #include <QScreen>
 #include <QWidget>
+#include <QWindow>
 #include <cstdlib>
 
 namespace tsruntime::testing {
@@ -16,9 +17,15 @@ namespace tsruntime::testing {
 inline void Photograph(QWidget& window, const char* name) {
   const char* folder = std::getenv("TSRUNTIME_SCREENSHOTS");
   if (!folder || !*folder) return;
-  // Painted, and framed by the window manager.
+  // On the screen, painted, and framed by the window manager.
   QElapsedTimer clock;
   clock.start();
+  auto shown = [&] {
+    return window.windowHandle() && window.windowHandle()->isExposed() &&
+           window.frameGeometry() != window.geometry();
+  };
+  while (!shown() && clock.elapsed() < 3000) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+  clock.restart();
   while (clock.elapsed() < 300) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
   const QRect frame = window.frameGeometry();
   QGuiApplication::primaryScreen()
