@@ -1,15 +1,11 @@
-// On the X server: windows of other X clients are refused as external, and the process's
-// own widgets are subclassed by their X window ids.
+// On the X server: windows of other X clients are refused as external (the process's own
+// are subclassed by their X window ids in every other test).
 #include <gtest/gtest.h>
 
 #include <xcb/xcb.h>
 
-#include <QGuiApplication>
-#include <QWidget>
-
 #include "subclass_support.h"
 #include "support/outcome.h"
-#include "tsruntime/WindowMessages.h"
 
 namespace tsruntime {
 namespace {
@@ -45,18 +41,6 @@ TEST(XServer, WindowsOfOtherClientsAreExternal) {
             "-2147208421\ntsruntime.WindowProc\nInvalid window\n\n0");
   EXPECT_EQ(testing::RaisedFields([&] { sub->DetachMessage(client, foreign.id(), 16); }),
             "nothing raised");
-}
-
-TEST(XServer, OwnWidgetsAreSubclassedByTheirXWindowIds) {
-  EXPECT_EQ(QGuiApplication::platformName(), "xcb");
-  testing::TestWindow window;
-  window.widget->show();
-  auto sub = New<GSubclass>();
-  std::string journal;
-  auto client = New<testing::Recorder>("A", &journal, 9);
-  sub->AttachMessage(client, window.handle(), wm::kUser);
-  EXPECT_EQ(SendMessage(window.handle(), wm::kUser, 0, 0), 9);
-  sub->DetachMessage(client, window.handle(), wm::kUser);
 }
 
 }  // namespace
