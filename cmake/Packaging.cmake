@@ -24,6 +24,8 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libtsruntime1)
 # A shlibs file for packages built against the library, and the ldconfig trigger.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/deb/triggers)
+# Qt's own translations put the standard dialogs in the user's language.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "qt6-translations-l10n")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
   "Tessaly Runtime Library: strings, amounts in words, sorting, MD5, dictionary, storage,\n INI data, files, registry, compression, timers, window subclassing and dialogs.")
 

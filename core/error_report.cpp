@@ -25,11 +25,15 @@ void LoadReportWindow() {
   LoadModule("libtsruntime-ui.so");
 }
 
+String Label(const ErrorReportLabel& label) {
+  return String(label.text) + String(static_cast<size_t>(label.tabs), u'\t');
+}
+
 }  // namespace
 
 String ErrorReportText(const clsTSErrors& errors, StringView MessageText, int32_t ErrorCode) {
-  String text = u"Программа:\t" + errors.ProgramName() + u"\r\n";
-  if (!errors.ModuleName().empty()) text += u"Модуль:\t\t" + errors.ModuleName();
+  String text = Label(kErrorReportLabels[0]) + errors.ProgramName() + u"\r\n";
+  if (!errors.ModuleName().empty()) text += Label(kErrorReportLabels[1]) + errors.ModuleName();
   if (!errors.FunctionName().empty()) text += u"." + errors.FunctionName();
   text += u"\r\n";
   if (ErrorCode != 0) text += u"Код ошибки: " + FromAscii(std::to_string(ErrorCode)) + u"\r\n";

@@ -8,6 +8,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libicu-dev zlib1g-dev uuid-dev libsqlite3-dev libx11-dev
   qt6-base-dev libxcb1-dev xvfb xauth x11-xkb-utils
+  qt6-translations-l10n fonts-dejavu-core fonts-dejavu-extra openbox libxtst-dev
   clang libclang-rt-14-dev
   pybind11-dev python3-dev python3-pytest
   coreutils locales
@@ -26,10 +27,17 @@ missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
 done
-[ ${#missing[@]} -eq 0 ] && exit 0
-
 sudo=""
 [ "$(id -u)" -eq 0 ] || sudo="sudo"
-export DEBIAN_FRONTEND=noninteractive
-$sudo apt-get update
-$sudo apt-get install -y --no-install-recommends "${missing[@]}"
+if [ ${#missing[@]} -gt 0 ]; then
+  export DEBIAN_FRONTEND=noninteractive
+  $sudo apt-get update
+  $sudo apt-get install -y --no-install-recommends "${missing[@]}"
+fi
+
+# The user-interface tests run as a Russian-speaking user: the locale must exist.
+if ! locale -a 2>/dev/null | grep -qix 'ru_RU.utf8'; then
+  grep -qx 'ru_RU.UTF-8 UTF-8' /etc/locale.gen 2>/dev/null ||
+    echo 'ru_RU.UTF-8 UTF-8' | $sudo tee -a /etc/locale.gen >/dev/null
+  $sudo locale-gen >/dev/null
+fi

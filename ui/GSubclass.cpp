@@ -1,6 +1,7 @@
 #include "tsruntime/GSubclass.h"
 
 #include "module_error.h"
+#include "tsruntime/WindowMessages.h"
 #include "subclass_chain.h"
 #include "window_lookup.h"
 #include "window_properties.h"
@@ -59,7 +60,8 @@ void GSubclass::AttachMessage(const Ref<Object>& iwp, int32_t hwnd, int32_t iMsg
     }
     ui_detail::RaiseModuleError(kCantWriteProperty);
   }
-  HoldIfLateBound(iwp.get());
+  HoldIfLateBound(hwnd, iwp.get());
+  if (iMsg == wm::kMouseMove) TrackMouseForClients(*widget, true);
 }
 
 void GSubclass::DetachMessage(const Ref<Object>& iwp, int32_t hwnd, int32_t iMsg) {
@@ -82,7 +84,8 @@ void GSubclass::DetachMessage(const Ref<Object>& iwp, int32_t hwnd, int32_t iMsg
     props.SetPreviousProcedure(0);
   }
   props.SetAttachments(props.Attachments() - 1);
-  ReleaseIfHeld(iwp.get());
+  if (iMsg == wm::kMouseMove && c == 1) TrackMouseForClients(*widget, false);
+  ReleaseIfHeld(hwnd, iwp.get());
 }
 
 int32_t GSubclass::CurrentMessage() const { return subclass_detail::CurrentMessage(); }

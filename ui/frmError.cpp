@@ -1,6 +1,10 @@
 #include "frmError.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include <QApplication>
+#include <QFontMetricsF>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMessageBox>
@@ -29,6 +33,36 @@ QPushButton* Button(QWidget* parent, const char* object_name, const QString& tex
   return button;
 }
 
+// The tab stop distance that starts the values after the report's labels in one column,
+// as soon after the widest label as the stops allow. Every tab lands a space's width or more
+// past its text, so that the few pixels by which a face's rendering may differ from its
+// metrics never move a value to another stop.
+qreal ReportTabDistance(const QFontMetricsF& metrics) {
+  const qreal gap = metrics.horizontalAdvance(u' ');
+  qreal widest = 0;
+  for (const ErrorReportLabel& label : kErrorReportLabels)
+    widest = std::max(widest, metrics.horizontalAdvance(QString::fromUtf16(label.text)));
+  qreal best_distance = widest + gap;
+  qreal best_column = -1;
+  constexpr qreal kStep = 0.5;
+  for (qreal distance = 2 * gap; distance <= widest + gap; distance += kStep) {
+    qreal column = -1;
+    bool lined_up = true;
+    for (const ErrorReportLabel& label : kErrorReportLabels) {
+      const qreal width = metrics.horizontalAdvance(QString::fromUtf16(label.text));
+      const qreal first_stop = (std::floor(width / distance) + 1) * distance;
+      const qreal at = first_stop + (label.tabs - 1) * distance;
+      lined_up = lined_up && first_stop - width >= gap && (column < 0 || std::abs(at - column) < 0.01);
+      column = at;
+    }
+    if (lined_up && (best_column < 0 || column <= best_column + 0.01)) {
+      best_column = column;
+      best_distance = distance;
+    }
+  }
+  return best_distance;
+}
+
 }  // namespace
 
 frmError::frmError() {
@@ -51,9 +85,7 @@ frmError::frmError() {
   boxError_ = new QPlainTextEdit(this);
   boxError_->setObjectName(QStringLiteral("boxError"));
   boxError_->setLineWrapMode(QPlainTextEdit::NoWrap);
-  // Tab stops every eight characters, as in the platform's text box: the report lines
-  // up its labels with tabs.
-  boxError_->setTabStopDistance(boxError_->fontMetrics().averageCharWidth() * 8);
+  UpdateTabStops();
 
   btnSend_ = Button(this, "btnSend", QStringLiteral("&Отправить"));
   btnSave_ = Button(this, "btnSave", QStringLiteral("&Сохранить"));
@@ -76,6 +108,15 @@ frmError::frmError() {
   layout->addWidget(boxError_, 1);
   layout->addLayout(buttons);
   resize(560, 340);
+}
+
+void frmError::changeEvent(QEvent* event) {
+  QDialog::changeEvent(event);
+  if (event->type() == QEvent::FontChange) UpdateTabStops();
+}
+
+void frmError::UpdateTabStops() {
+  if (boxError_) boxError_->setTabStopDistance(ReportTabDistance(QFontMetricsF(boxError_->font())));
 }
 
 void frmError::SetReport(const String& caption, const String& text) {
@@ -104,8 +145,8 @@ void frmError::SaveReport() {
   const String report = strings->Replace(FromQString(boxError_->toPlainText()), u"\n", u"\r\n");
   if (files->StringWrite(report, file, xcZK_FILEWRITE_REPLACE))
     return;
-  // Like a message box that names no title: the application's own name heads it.
-  QMessageBox box(QMessageBox::Information, QGuiApplication::applicationDisplayName(),
+  // A message box that names no title takes its owner's.
+  QMessageBox box(QMessageBox::Information, windowTitle(),
                   ToQString(u"Ошибка записи в файл:\r\n'" + file + u"'"), QMessageBox::Ok, this);
   box.exec();
 }

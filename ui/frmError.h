@@ -24,13 +24,20 @@ class frmError : public QDialog {
   // (see frmError.cpp). The window stays open.
   void SaveReport();
 
+ protected:
+  // A new font brings new tab stops.
+  void changeEvent(QEvent* event) override;
+
  private:
-  QLabel* lblHeader_;
-  QLabel* Image1_;
-  QPlainTextEdit* boxError_;
-  QPushButton* btnSend_;
-  QPushButton* btnSave_;
-  QPushButton* btnClose_;
+  // Tab stops at which the values after the report's labels line up in boxError's font.
+  void UpdateTabStops();
+
+  QLabel* lblHeader_ = nullptr;
+  QLabel* Image1_ = nullptr;
+  QPlainTextEdit* boxError_ = nullptr;
+  QPushButton* btnSend_ = nullptr;
+  QPushButton* btnSave_ = nullptr;
+  QPushButton* btnClose_ = nullptr;
 };
 
 // Shows a report in a new frmError, modally, and returns when it is closed: the presenter

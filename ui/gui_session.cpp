@@ -16,15 +16,14 @@ bool Named(const char* variable) {
 }  // namespace
 
 bool EnsureGuiSession() {
-  const bool platform_chosen = Named("QT_QPA_PLATFORM");
   // Without a display an application would only be made to be refused below.
-  if (!QCoreApplication::instance() && !platform_chosen && !Named("DISPLAY") &&
+  if (!QCoreApplication::instance() && !Named("QT_QPA_PLATFORM") && !Named("DISPLAY") &&
       !Named("WAYLAND_DISPLAY"))
     return false;
   if (!EnsureApplication() || !OnApplicationThread()) return false;
   if (!qobject_cast<QApplication*>(QCoreApplication::instance())) return false;  // no widgets
   const QString platform = QGuiApplication::platformName();
-  return platform_chosen || (platform != u"offscreen" && platform != u"minimal");
+  return platform != u"offscreen" && platform != u"minimal";
 }
 
 }  // namespace tsruntime::ui_detail

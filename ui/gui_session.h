@@ -1,12 +1,13 @@
-// Whether a dialog or window shown now can be seen by a user.
+// Whether a dialog or window shown now can be seen, and so answered, by a person.
 #pragma once
 
 namespace tsruntime::ui_detail {
 
 // True when a modal window may be shown: a QApplication runs on this thread (the host's,
-// or one made now) on a platform a user can see, or on the one the host chose through
-// QT_QPA_PLATFORM (tests choose "offscreen"). False on the offscreen platform the module
-// falls back to without a display, so that nothing waits for a user who cannot see it.
+// or one made now) on a platform that puts windows on a screen. False without a display,
+// when the platform asked for could not start (the module's application then runs on
+// offscreen), and on the offscreen and minimal platforms even when the host chose them:
+// nobody could see, answer or close a window there, so nothing waits for one.
 bool EnsureGuiSession();
 
 }  // namespace tsruntime::ui_detail

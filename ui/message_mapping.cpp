@@ -9,6 +9,7 @@
 #include <QWheelEvent>
 #include <QWidget>
 
+#include "key_codes.h"
 #include "tsruntime/WindowMessages.h"
 
 namespace tsruntime::subclass_detail {
@@ -63,53 +64,6 @@ int32_t MakeLong(int32_t low, int32_t high) {
                               (static_cast<uint32_t>(high) & 0xFFFFu) << 16);
 }
 
-int32_t VirtualKey(int key, bool keypad) {
-  if (keypad && key >= Qt::Key_0 && key <= Qt::Key_9) return 0x60 + (key - Qt::Key_0);
-  if ((key >= Qt::Key_A && key <= Qt::Key_Z) || (key >= Qt::Key_0 && key <= Qt::Key_9)) {
-    return key;  // the platform's codes for letters and digits are their ASCII codes
-  }
-  if (key >= Qt::Key_F1 && key <= Qt::Key_F24) return 0x70 + (key - Qt::Key_F1);
-  switch (key) {
-    case Qt::Key_Backspace: return 0x08;
-    case Qt::Key_Tab: case Qt::Key_Backtab: return 0x09;
-    case Qt::Key_Return: case Qt::Key_Enter: return 0x0D;
-    case Qt::Key_Shift: return 0x10;
-    case Qt::Key_Control: return 0x11;
-    case Qt::Key_Alt: return 0x12;
-    case Qt::Key_Pause: return 0x13;
-    case Qt::Key_CapsLock: return 0x14;
-    case Qt::Key_Escape: return 0x1B;
-    case Qt::Key_Space: return 0x20;
-    case Qt::Key_PageUp: return 0x21;
-    case Qt::Key_PageDown: return 0x22;
-    case Qt::Key_End: return 0x23;
-    case Qt::Key_Home: return 0x24;
-    case Qt::Key_Left: return 0x25;
-    case Qt::Key_Up: return 0x26;
-    case Qt::Key_Right: return 0x27;
-    case Qt::Key_Down: return 0x28;
-    case Qt::Key_Print: return 0x2C;
-    case Qt::Key_Insert: return 0x2D;
-    case Qt::Key_Delete: return 0x2E;
-    case Qt::Key_Meta: return 0x5B;
-    case Qt::Key_Menu: return 0x5D;
-    case Qt::Key_NumLock: return 0x90;
-    case Qt::Key_ScrollLock: return 0x91;
-    case Qt::Key_Semicolon: case Qt::Key_Colon: return 0xBA;
-    case Qt::Key_Equal: case Qt::Key_Plus: return 0xBB;
-    case Qt::Key_Comma: case Qt::Key_Less: return 0xBC;
-    case Qt::Key_Minus: case Qt::Key_Underscore: return 0xBD;
-    case Qt::Key_Period: case Qt::Key_Greater: return 0xBE;
-    case Qt::Key_Slash: case Qt::Key_Question: return 0xBF;
-    case Qt::Key_QuoteLeft: case Qt::Key_AsciiTilde: return 0xC0;
-    case Qt::Key_BracketLeft: case Qt::Key_BraceLeft: return 0xDB;
-    case Qt::Key_Backslash: case Qt::Key_Bar: return 0xDC;
-    case Qt::Key_BracketRight: case Qt::Key_BraceRight: return 0xDD;
-    case Qt::Key_Apostrophe: case Qt::Key_QuoteDbl: return 0xDE;
-    default: return 0;
-  }
-}
-
 std::vector<Message> MessagesFor(const QWidget& widget, QEvent& event) {
   switch (event.type()) {
     case QEvent::PlatformSurface:
@@ -135,16 +89,15 @@ std::vector<Message> MessagesFor(const QWidget& widget, QEvent& event) {
     case QEvent::KeyPress: {
       const auto& key = static_cast<QKeyEvent&>(event);
       const int32_t l = KeyLParam(key, false);
-      std::vector<Message> out{
-          {wm::kKeyDown, VirtualKey(key.key(), key.modifiers() & Qt::KeypadModifier), l}};
-      for (QChar unit : key.text()) out.push_back({wm::kChar, unit.unicode(), l});
+      const int32_t vk = VirtualKey(key);
+      std::vector<Message> out{{wm::kKeyDown, vk, l}};
+      for (int32_t code : CharacterCodes(key, vk)) out.push_back({wm::kChar, code, l});
       return out;
     }
     case QEvent::KeyRelease: {
       const auto& key = static_cast<QKeyEvent&>(event);
       if (key.isAutoRepeat()) return {};  // the platform repeats key downs only
-      return {{wm::kKeyUp, VirtualKey(key.key(), key.modifiers() & Qt::KeypadModifier),
-               KeyLParam(key, true)}};
+      return {{wm::kKeyUp, VirtualKey(key), KeyLParam(key, true)}};
     }
     case QEvent::Timer:
       return {{wm::kTimer, static_cast<QTimerEvent&>(event).timerId(), 0}};

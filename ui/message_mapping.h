@@ -16,13 +16,11 @@ struct Message {
 };
 
 // The messages an event on `widget` stands for, in order: none for an event outside the
-// table, two or more for a key press with text (256 then one 258 per UTF-16 unit).
+// table, two or more for a key press with text (256 then one 258 per character code, see
+// key_codes.h).
 std::vector<Message> MessagesFor(const QWidget& widget, QEvent& event);
 
 // Low word x, high word y, each cut to 16 bits as the platform packs them.
 int32_t MakeLong(int32_t low, int32_t high);
-
-// The platform's virtual-key code of a Qt key; 0 for a key it has no code for.
-int32_t VirtualKey(int qt_key, bool keypad);
 
 }  // namespace tsruntime::subclass_detail

@@ -2,12 +2,19 @@
 // by its window id, or over nothing; the property rules stay in cdl_show.cpp.
 #include <QApplication>
 #include <QColorDialog>
+#include <QComboBox>
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFontDatabase>
 #include <QFontDialog>
+#include <QFontInfo>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLocale>
 #include <QUrl>
 #include <QWidget>
+#include <tuple>
 
 #include "dialog_requests.h"
 #include "gui_session.h"
@@ -39,6 +46,62 @@ QString QtNameFilter(const FileFilterEntry& entry) {
   QString patterns = ToQString(entry.patterns);
   patterns.replace(u';', u' ');
   return ToQString(entry.description) + QStringLiteral(" (") + patterns + u')';
+}
+
+// The writing system whose letters the font dialog's sample shows the user: the one of
+// the user's language, Latin when nothing more fitting is known.
+QFontDatabase::WritingSystem UsersWritingSystem() {
+  switch (QLocale().script()) {
+    case QLocale::CyrillicScript: return QFontDatabase::Cyrillic;
+    case QLocale::GreekScript: return QFontDatabase::Greek;
+    case QLocale::HebrewScript: return QFontDatabase::Hebrew;
+    case QLocale::ArabicScript: return QFontDatabase::Arabic;
+    default: return QFontDatabase::Any;
+  }
+}
+
+// Selects a writing system in the font dialog's list of them, as a user picking it would:
+// the sample shows its letters, and the families are those that can write it.
+void SelectWritingSystem(QFontDialog& dialog, QFontDatabase::WritingSystem system) {
+  if (system == QFontDatabase::Any) return;
+  auto* systems = dialog.findChild<QComboBox*>();
+  const int index = systems ? systems->findText(QFontDatabase::writingSystemName(system)) : -1;
+  if (index < 0) return;
+  systems->setCurrentIndex(index);
+  emit systems->activated(index);
+}
+
+// The family's own name of the face for this weight and slant ("Bold Italic"), the
+// plainest of those that fit. The dialog finds the face by its style name, and without
+// one it looks for a name of its own, which it translates and then finds in no family.
+QString FaceStyleName(const QFont& font) {
+  QString best;
+  const QStringList styles = QFontDatabase::styles(font.family());
+  for (const QString& style : styles) {
+    if (QFontDatabase::bold(font.family(), style) != font.bold() ||
+        QFontDatabase::italic(font.family(), style) != font.italic())
+      continue;
+    if (best.isEmpty() || style.size() < best.size()) best = style;
+  }
+  return best;
+}
+
+// Puts `prompt` above everything else in the dialog, wrapped over its whole width.
+void ShowPromptAbove(QFileDialog& dialog, const QString& prompt) {
+  auto* grid = qobject_cast<QGridLayout*>(dialog.layout());
+  if (!grid) return;
+  std::vector<std::tuple<QLayoutItem*, int, int, int, int>> items;
+  while (grid->count() > 0) {
+    int row = 0, column = 0, rows = 0, columns = 0;
+    grid->getItemPosition(0, &row, &column, &rows, &columns);
+    items.emplace_back(grid->takeAt(0), row, column, rows, columns);
+  }
+  for (auto& [item, row, column, rows, columns] : items) grid->addItem(item, row + 1, column, rows, columns);
+  auto* label = new QLabel(prompt, &dialog);
+  label->setObjectName(QStringLiteral("folderPrompt"));
+  label->setTextFormat(Qt::PlainText);
+  label->setWordWrap(true);
+  grid->addWidget(label, 0, 0, 1, grid->columnCount());
 }
 
 }  // namespace
@@ -122,7 +185,13 @@ FontDialogOutcome RunFontDialog(int32_t owner, const FontChoice& initial) {
   font.setItalic(initial.italic);
   font.setStrikeOut(initial.strikeout);
   font.setUnderline(initial.underline);
-  QFontDialog dialog(font, Owner(owner));
+  // A name that fontconfig stands in for ("Sans Serif", "MS Sans Serif") is shown as the
+  // family it gives: the dialog lists only real ones.
+  font.setFamily(QFontInfo(font).family());
+  font.setStyleName(FaceStyleName(font));
+  QFontDialog dialog(Owner(owner));
+  SelectWritingSystem(dialog, UsersWritingSystem());
+  dialog.setCurrentFont(font);
   if (dialog.exec() != QDialog::Accepted) return outcome;
   const QFont chosen = dialog.selectedFont();
   outcome.end = DialogEnd::kConfirmed;
@@ -143,9 +212,13 @@ FolderDialogOutcome RunFolderDialog(int32_t owner, const String& prompt, const S
     return outcome;
   }
   QFileDialog dialog(Owner(owner));
-  if (!prompt.empty()) dialog.setWindowTitle(ToQString(prompt));
   dialog.setFileMode(QFileDialog::Directory);
   dialog.setOption(QFileDialog::ShowDirsOnly, true);
+  if (!prompt.empty()) {
+    // A desktop's own folder chooser has no place for the prompt.
+    dialog.setOption(QFileDialog::DontUseNativeDialog, true);
+    ShowPromptAbove(dialog, ToQString(prompt));
+  }
   if (!start.empty() && QFileInfo(ToQString(start)).isDir()) dialog.setDirectory(ToQString(start));
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return outcome;
   outcome.end = DialogEnd::kConfirmed;

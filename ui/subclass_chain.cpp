@@ -5,6 +5,7 @@
 #include <QThread>
 #include <map>
 #include <memory>
+#include <set>
 #include <vector>
 
 #include "tsruntime/WindowMessages.h"
@@ -16,8 +17,23 @@ namespace {
 thread_local int32_t current_message = 0;
 thread_local int dispatch_depth = 0;
 
-// Late-bound clients held while attached, with the number of their attachments.
-thread_local std::map<Object*, std::pair<Ref<Object>, int>> held_clients;
+// Late-bound clients held while attached, by window, with the number of their attachments.
+struct Held {
+  Ref<Object> client;
+  int attachments = 0;
+};
+thread_local std::map<int32_t, std::map<Object*, Held>> held_clients;
+
+// Lets go of every late-bound client still attached to a destroyed window.
+void ReleaseWindow(int32_t hwnd) {
+  auto found = held_clients.find(hwnd);
+  if (found == held_clients.end()) return;
+  const std::map<Object*, Held> released = std::move(found->second);  // released last
+  held_clients.erase(found);
+}
+
+// Whether each widget tracked the mouse before a client listened to moves.
+thread_local std::map<const QObject*, bool> tracking_before;
 
 // A counted reference for the time of one call; an object that nobody counts (a C++
 // client the host keeps on its stack) is used as it is.
@@ -74,19 +90,18 @@ class ChainFilter : public QObject {
     return filter;
   }
 
-  void Watch(QWidget& widget) {
-    if (!watched_.insert({&widget, true}).second) return;
+  void Watch(QWidget& widget, int32_t hwnd) {
+    auto [entry, first] = watched_.try_emplace(&widget);
+    entry->second.insert(hwnd);
+    if (!first) return;
     connect(&widget, &QObject::destroyed, this, [this](QObject* gone) {
+      const std::set<int32_t> hwnds = std::move(watched_[gone]);
       watched_.erase(gone);
+      tracking_before.erase(gone);
       // Qt announces the deletion before the native window goes, and the destroy notice
       // still reaches the clients after this: let go of them once that is done.
-      std::vector<Object*> clients;
-      for (const QByteArray& name : gone->dynamicPropertyNames()) {
-        if (!IsClientName(name.constData())) continue;
-        clients.push_back(reinterpret_cast<Object*>(gone->property(name.constData()).value<quintptr>()));
-      }
       QMetaObject::invokeMethod(
-          this, [clients] { for (Object* c : clients) ReleaseIfHeld(c); }, Qt::QueuedConnection);
+          this, [hwnds] { for (int32_t h : hwnds) ReleaseWindow(h); }, Qt::QueuedConnection);
     });
   }
 
@@ -106,13 +121,19 @@ class ChainFilter : public QObject {
     } catch (const std::exception& e) {
       qWarning("tsruntime: a window procedure failed: %s", e.what());
     }
+    if (messages.front().msg == wm::kDestroy) {
+      // The window goes whatever its clients answered: the widget must learn that it has
+      // lost its native window (a top-level closed and shown again gets a new one).
+      ReleaseWindow(hwnd);
+      return previous.delivered();
+    }
     // A close the chain kept from the widget must not close it either.
     if (!previous.delivered() && event->type() == QEvent::Close) event->ignore();
     return true;  // the chain ran the widget's own handling, or chose not to
   }
 
  private:
-  std::map<QObject*, bool> watched_;
+  std::map<QObject*, std::set<int32_t>> watched_;  // with the handles hooked on each
 };
 
 }  // namespace
@@ -141,7 +162,7 @@ quintptr Hook(QWidget& widget) {
   if (widget.thread() != QThread::currentThread()) return 0;
   ChainFilter& filter = ChainFilter::ForThisThread();
   widget.installEventFilter(&filter);
-  filter.Watch(widget);
+  filter.Watch(widget, static_cast<int32_t>(widget.internalWinId()));
   return DefaultProcedureAddress();
 }
 
@@ -195,19 +216,33 @@ void DeleteWidget(QWidget& widget) {
 
 int32_t& CurrentMessage() { return current_message; }
 
-void HoldIfLateBound(Object* client) {
+void HoldIfLateBound(int32_t hwnd, Object* client) {
   if (!client || dynamic_cast<ISubclass*>(client)) return;
-  auto& [ref, count] = held_clients[client];
-  if (!ref) ref = Ref<Object>(client);
-  ++count;
+  Held& held = held_clients[hwnd][client];
+  if (!held.client) held.client = Ref<Object>(client);
+  ++held.attachments;
 }
 
-void ReleaseIfHeld(Object* client) {
-  auto found = held_clients.find(client);
-  if (found == held_clients.end()) return;
-  if (--found->second.second > 0) return;
-  Ref<Object> last = std::move(found->second.first);  // released after the entry is gone
-  held_clients.erase(found);
+void ReleaseIfHeld(int32_t hwnd, Object* client) {
+  auto window = held_clients.find(hwnd);
+  if (window == held_clients.end()) return;
+  auto found = window->second.find(client);
+  if (found == window->second.end() || --found->second.attachments > 0) return;
+  Ref<Object> last = std::move(found->second.client);  // released after the entry is gone
+  window->second.erase(found);
+  if (window->second.empty()) held_clients.erase(window);
+}
+
+void TrackMouseForClients(QWidget& widget, bool listening) {
+  if (listening) {
+    if (tracking_before.try_emplace(&widget, widget.hasMouseTracking()).second)
+      widget.setMouseTracking(true);
+    return;
+  }
+  auto found = tracking_before.find(&widget);
+  if (found == tracking_before.end()) return;
+  widget.setMouseTracking(found->second);
+  tracking_before.erase(found);
 }
 
 }  // namespace tsruntime::subclass_detail

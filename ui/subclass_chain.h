@@ -54,8 +54,13 @@ void DeleteWidget(QWidget& widget);
 // This thread's current message.
 int32_t& CurrentMessage();
 
-// A late-bound client stays alive while attached; C++ ISubclass clients are not held.
-void HoldIfLateBound(Object* client);
-void ReleaseIfHeld(Object* client);
+// A late-bound client stays alive while attached to a window, until it detaches or the
+// window is destroyed; C++ ISubclass clients are not held.
+void HoldIfLateBound(int32_t hwnd, Object* client);
+void ReleaseIfHeld(int32_t hwnd, Object* client);
+
+// Mouse moves reach a widget without a button held only while it tracks the mouse: on
+// while a client listens to moves, back as it was when the last one leaves.
+void TrackMouseForClients(QWidget& widget, bool listening);
 
 }  // namespace tsruntime::subclass_detail

@@ -49,12 +49,46 @@ TimerTable* TimerTable::ForThisThread() {
 
 TimerTable::~TimerTable() = default;
 
-bool TimerTable::Start(CTimer& timer) {
-  int id = 0;
+namespace {
+
+// Far above the ids Qt hands out, which count up from 1 for the whole process.
+constexpr int kFirstPumpedId = 0x40000000;
+thread_local int next_pumped_id = kFirstPumpedId;
+
+}  // namespace
+
+int TimerTable::StartSystemTimer(int32_t interval) {
   if (ui_detail::EnsureApplication()) {
     if (!host_) host_ = std::make_unique<TickHost>(*this);
-    id = host_->startTimer(timer.Interval());
+    return host_->startTimer(interval);
   }
+  const std::chrono::milliseconds every(interval);
+  pumped_.push_back({next_pumped_id++, every, std::chrono::steady_clock::now() + every});
+  return pumped_.back().id;
+}
+
+void TimerTable::KillSystemTimer(int id) {
+  if (id >= kFirstPumpedId) {
+    std::erase_if(pumped_, [id](const PumpedTimer& t) { return t.id == id; });
+  } else if (host_) {
+    host_->killTimer(id);
+  }
+}
+
+void TimerTable::RunDuePumpedTimers() {
+  const auto now = std::chrono::steady_clock::now();
+  std::vector<int> due;
+  for (PumpedTimer& t : pumped_) {
+    if (t.due > now) continue;
+    due.push_back(t.id);
+    t.due = now + t.interval;
+  }
+  // A listener may start and stop timers meanwhile: each tick goes by id.
+  for (int id : due) OnSystemTimer(static_cast<uint32_t>(id));
+}
+
+bool TimerTable::Start(CTimer& timer) {
+  const int id = StartSystemTimer(timer.Interval());
   timer.timer_id_ = static_cast<uint32_t>(id);
   if (id == 0) {
     timer.timer_id_ = 0;
@@ -74,7 +108,7 @@ bool TimerTable::Start(CTimer& timer) {
 bool TimerTable::Stop(CTimer& timer) {
   for (int slot = 0; slot < mark_; ++slot) {
     if (!slots_[slot] || slots_[slot]->timer_id_ != timer.timer_id_) continue;
-    host_->killTimer(static_cast<int>(timer.timer_id_));
+    KillSystemTimer(static_cast<int>(timer.timer_id_));
     Ref<CTimer> released = std::move(slots_[slot]);  // may be the last reference
     return true;
   }
@@ -97,9 +131,10 @@ int TimerTable::RunningTimers() const {
 }
 
 int TimerTable::SystemTimers() const {
-  QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance();
-  if (!host_ || !dispatcher) return 0;
-  return static_cast<int>(dispatcher->registeredTimers(host_.get()).size());
+  const int pumped = static_cast<int>(pumped_.size());
+  QAbstractEventDispatcher* dispatcher = host_ ? QAbstractEventDispatcher::instance() : nullptr;
+  if (!dispatcher) return pumped;
+  return pumped + static_cast<int>(dispatcher->registeredTimers(host_.get()).size());
 }
 
 }  // namespace tsruntime::timer_detail

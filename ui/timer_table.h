@@ -1,10 +1,17 @@
 // The per-thread table of running timers and the system-timer callback that routes
 // each tick to its timer.
+//
+// The system timer is a Qt timer wherever Qt can run one: on every thread once the
+// application exists. A thread other than the main one that starts a timer before any
+// application exists gets a pumped timer instead: kept in the table's own list and
+// ticked by PumpWaitingMessages on that thread, when its interval has passed.
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "tsruntime/CTimer.h"
 
@@ -38,13 +45,27 @@ class TimerTable {
   // System timers alive on this thread, those outside the table included.
   int SystemTimers() const;
 
+  // Ticks each pumped timer whose interval has passed since its last tick (once, however
+  // long ago that was). PumpWaitingMessages calls it.
+  void RunDuePumpedTimers();
+
   ~TimerTable();
 
  private:
   class TickHost;
+  struct PumpedTimer {
+    int id;
+    std::chrono::milliseconds interval;
+    std::chrono::steady_clock::time_point due;
+  };
+  // A system timer's id, 0 when none could be made.
+  int StartSystemTimer(int32_t interval);
+  void KillSystemTimer(int id);
+
   std::array<Ref<CTimer>, kSlots> slots_;
   int16_t mark_ = 0;
-  std::unique_ptr<TickHost> host_;  // created with the first system timer
+  std::unique_ptr<TickHost> host_;  // created with the first Qt timer
+  std::vector<PumpedTimer> pumped_;
 };
 
 }  // namespace tsruntime::timer_detail

@@ -4,8 +4,6 @@
 #include <QLoggingCategory>
 #include <QVariant>
 #include <QWidget>
-#include <charconv>
-#include <cstring>
 
 namespace tsruntime::subclass_detail {
 
@@ -78,20 +76,6 @@ bool WindowProperties::SetClient(int32_t msg, int32_t position, quintptr client)
                client == 0,
                "Changed message class for " + Hex(hwnd_) + " Message " + Decimal(msg) +
                    " Index " + Decimal(position) + " to " + Hex(quint64{client}));
-}
-
-bool IsClientName(const char* name) {
-  // Three decimal numbers (the first may be negative) joined by "#".
-  const char* end = name + std::strlen(name);
-  const char* p = name;
-  for (int part = 0; part < 3; ++part) {
-    int64_t n = 0;
-    auto [next, error] = std::from_chars(p, end, n);
-    if (error != std::errc()) return false;
-    if (part < 2 && (next == end || *next != '#')) return false;
-    p = part < 2 ? next + 1 : next;
-  }
-  return p == end;
 }
 
 }  // namespace tsruntime::subclass_detail

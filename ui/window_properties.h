@@ -31,7 +31,4 @@ class WindowProperties {
   int32_t hwnd_;
 };
 
-// Whether a property name is a client position ("1234#15#2"), of any window handle.
-bool IsClientName(const char* name);
-
 }  // namespace tsruntime::subclass_detail

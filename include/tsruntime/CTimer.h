@@ -1,6 +1,7 @@
 // CTimer: a window-less periodic timer. Set `Interval` in milliseconds and receive the
 // event `ThatTime` on every tick, on the thread that created the timer, while that
-// thread runs its event loop (a host without one pumps, see PumpWaitingMessages).
+// thread runs its event loop (a host without one pumps, see PumpWaitingMessages). Any
+// host thread may run timers: a Qt thread, the main one, a std::thread or a Python one.
 //
 //   auto t = tsruntime::New<tsruntime::CTimer>();
 //   t->OnThatTime([] { /* every 250 ms */ });
@@ -19,8 +20,8 @@
 //     10 timers allowed per class" (the limit is 100; the text is kept as hosts know it).
 //     Its system timer is left running, outside the table: it ticks into nothing for the
 //     life of the thread, and no later stop finds it;
-//   - a thread that cannot run a system timer (a thread without an event loop) raises
-//     0x80043554 (-2147207852) "Can't create system timer"; the timer is then stopped.
+//   - a system timer that cannot be made raises 0x80043554 (-2147207852) "Can't create
+//     system timer"; the timer is then stopped.
 //
 // This file is part of the interface of libtsruntime-ui.so: link tsruntime::ui to call it
 // early bound. Late-bound hosts reach it by ProgID "TSRuntimeLib.CTimer" without linking.

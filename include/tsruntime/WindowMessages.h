@@ -4,8 +4,8 @@
 //   int32_t r = tsruntime::SendMessage(hwnd, tsruntime::wm::kUser + 1, 7, 9);
 //
 // A Qt event on a hooked widget becomes (packing as the original platform's):
-//   2   destroy       the native window is about to go (widget deleted, or its native
-//                     window destroyed); 0, 0
+//   2   destroy       the native window is about to go (widget deleted, or a top-level
+//                     closed: the window shown again is a new one); 0, 0
 //   3   move          lParam = x | y << 16 (client position, 16 bits each, signed)
 //   5   size          wParam = 0 restored, 1 minimised, 2 maximised;
 //                     lParam = width | height << 16
@@ -13,13 +13,17 @@
 //   15  paint         0, 0
 //   16  close         0, 0
 //   24  show          wParam 1 shown, 0 hidden; lParam 0
-//   256 key down      wParam = virtual-key code; lParam = repeat count 1 | scan code << 16
-//                     | 1 << 30 when auto-repeated
+//   256 key down      wParam = virtual-key code, naming the key where it sits on a US
+//                     keyboard whatever the layout (Russian "ф" is 0x41, A); lParam =
+//                     repeat count 1 | scan code << 16 | 1 << 30 when auto-repeated
 //   257 key up        wParam = virtual-key code; lParam = 1 | scan code << 16 | 3 << 30
-//   258 char          one per UTF-16 unit of the key's text, after its key down;
-//                     wParam = the unit, lParam as the key down's
+//   258 char          one per byte of the key's text in the ANSI code page (1251: "ф"
+//                     is 0xF4, a character it lacks '?'), after its key down; Ctrl with
+//                     a letter key gives its control character (Ctrl+С is 3, as Ctrl+C);
+//                     wParam = the byte, lParam as the key down's
 //   275 timer         wParam = the Qt timer id; lParam 0
-//   512 mouse move    wParam = buttons and keys held (1 left, 2 right, 4 shift, 8 ctrl,
+//   512 mouse move    with or without a button held while a client listens to 512;
+//                     wParam = buttons and keys held (1 left, 2 right, 4 shift, 8 ctrl,
 //                     16 middle); lParam = x | y << 16 (client coordinates)
 //   513-515 left button down, up, double click; 516-518 right; 519-521 middle: as 512
 //   522 wheel         wParam = keys | delta << 16 (120 a notch, away from the user

@@ -25,6 +25,14 @@ class clsTSErrors;
 //   "  --> " + each record's GetText(True)  one line per record
 String ErrorReportText(const clsTSErrors& errors, StringView MessageText, int32_t ErrorCode);
 
+// The labels of the report's first two lines, each with the tabs after it. A window that
+// shows the report sets its tab stops so that the values after them start in one column.
+struct ErrorReportLabel {
+  const char16_t* text;
+  int tabs;
+};
+inline constexpr ErrorReportLabel kErrorReportLabels[] = {{u"Программа:", 1}, {u"Модуль:", 2}};
+
 // "Ошибка: " + ProgramName, or "Ошибка" when there is no program name.
 String ErrorReportCaption(const clsTSErrors& errors);
 

@@ -1,11 +1,13 @@
 """Timers and window subclassing from Python: ThatTime through DispatchWithEvents while
 pumping, and Python objects as subclassing clients of a PlainWindow."""
 
+import gc
 import os
 import subprocess
 import sys
 import threading
 import time
+import weakref
 
 import pytest
 from conftest import raised
@@ -58,7 +60,7 @@ def test_a_failing_tick_handler_raises_from_the_pump():
     timer.Interval = 0
 
 
-def test_the_101st_timer_fails_and_a_thread_without_a_loop_cannot_start_one():
+def test_the_101st_timer_fails():
     timers = [Dispatch("TSRuntimeLib.CTimer") for _ in range(101)]
     for t in timers[:100]:
         t.Interval = 60000
@@ -66,18 +68,53 @@ def test_the_101st_timer_fails_and_a_thread_without_a_loop_cannot_start_one():
         -2147207853, SOURCE, "No more than 10 timers allowed per class", "", 0)
     for t in timers:
         t.Interval = 0
-    failed = []
 
-    def start():
-        try:
-            Dispatch("TSRuntimeLib.CTimer").Interval = 10
-        except tsruntime.AutomationError as e:
-            failed.append((e.number, e.source, e.description))
 
-    worker = threading.Thread(target=start)
-    worker.start()
-    worker.join()
-    assert failed == [(-2147207852, SOURCE, "Can't create system timer")]
+TWO_THREADS = """
+import threading, time
+import tsruntime
+
+def run(seen, index, both_full):
+    ticks = []
+    quick = tsruntime.DispatchWithEvents("TSRuntimeLib.CTimer", type("T", (), {
+        "OnThatTime": lambda self: ticks.append(threading.get_ident())}))
+    quick.Interval = 5
+    slow = [tsruntime.Dispatch("TSRuntimeLib.CTimer") for _ in range(99)]
+    for t in slow:
+        t.Interval = 60000
+    both_full.wait()
+    try:
+        tsruntime.Dispatch("TSRuntimeLib.CTimer").Interval = 60000
+        extra = "started"
+    except tsruntime.AutomationError as e:
+        extra = e.number
+    deadline = time.monotonic() + 5
+    while len(ticks) < 3 and time.monotonic() < deadline:
+        tsruntime.PumpWaitingMessages()
+    quick.Interval = 0
+    for t in slow:
+        t.Interval = 0
+    seen[index] = (extra, len(ticks) >= 3, set(ticks) == {threading.get_ident()})
+
+seen, both_full = [None, None], threading.Barrier(2)
+threads = [threading.Thread(target=run, args=(seen, i, both_full)) for i in range(2)]
+for t in threads:
+    t.start()
+for t in threads:
+    t.join()
+print(seen)
+"""
+
+
+@pytest.mark.parametrize("first", ["in a fresh process", "after the main thread's timers"])
+def test_two_host_threads_run_timers_at_once_each_with_its_own_table(first):
+    code = TWO_THREADS
+    if first != "in a fresh process":
+        code = ("import tsruntime\nt = tsruntime.Dispatch('CTimer')\n"
+                "t.Interval = 1000\nt.Interval = 0\n") + code
+    out = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True,
+                         env=dict(os.environ), timeout=60, check=True).stdout
+    assert out == "[(-2147207853, True, True), (-2147207853, True, True)]\n"
 
 
 class Client:
@@ -122,9 +159,13 @@ def test_python_objects_subclass_a_plain_window():
     window.Close()
     assert window.Visible and window.Handle == h, "a consumed close leaves the window open"
     a.MsgResponse = constants.emrPostProcess
+    held = weakref.ref(a)
+    del a
     window.Close()
     assert (window.Visible, window.Handle) == (False, 0), "closed: its native window is gone"
-    assert raised(lambda: sub.AttachMessage(a, h, 16))[0] == -2147208421
+    gc.collect()  # the errors caught above hold frames in cycles
+    assert held() is None, "released with the window, not held until the widget goes"
+    assert raised(lambda: sub.AttachMessage(b, h, 16))[0] == -2147208421
 
 
 def test_destroy_notice_and_failures_in_python_handlers():

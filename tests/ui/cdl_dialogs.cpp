@@ -4,6 +4,9 @@
 #include <unistd.h>
 
 #include <QColorDialog>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QPushButton>
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QFontDialog>
@@ -13,6 +16,7 @@
 #include <fstream>
 
 #include "modal_script.h"
+#include "screenshot.h"
 #include "support/outcome.h"
 #include "tsruntime/clsZKCDL.h"
 
@@ -54,6 +58,52 @@ class Folder {
   static inline int counter_ = 0;
   fs::path path_;
 };
+
+// The buttons of a dialog, in their order: "&Открыть, Отмена".
+std::string Buttons(QDialog& d) {
+  std::string out;
+  for (QAbstractButton* b : d.findChild<QDialogButtonBox*>()->buttons())
+    out += (out.empty() ? "" : ", ") + Text(b->text());
+  return out;
+}
+
+// Every dialog in the language of a ru_RU desktop, Qt's own texts included; photographed
+// for the documentation (see screenshot.h).
+TEST(CdlDialogs, DialogsSpeakTheUsersLanguage) {
+  Folder folder;
+  const struct {
+    const char* what;
+    void (clsZKCDL::*show)();
+    const char* picture;
+    std::string seen;  // title | buttons
+  } rows[] = {
+      {"open", &clsZKCDL::ShowOpenFile, "cdl-open", "Открыть | &Открыть, Отмена"},
+      {"save", &clsZKCDL::ShowSaveFile, "cdl-save", "Сохранить как | &Сохранить, Отмена"},
+      {"colour", &clsZKCDL::ShowColor, "cdl-color", "Выбор цвета | OK, Отмена"},
+      {"font", &clsZKCDL::ShowFont, "cdl-font", "Выбор шрифта | OK, Отмена"},
+      {"folder", &clsZKCDL::ShowFolder, "cdl-folder", "Найти каталог | &Выбрать, Отмена"},
+  };
+  for (const auto& row : rows) {
+    auto cdl = New<clsZKCDL>();
+    cdl->LetFileFilter(u"Текстовые файлы (*.txt)|*.txt|Все файлы|*");
+    cdl->LetFilePath(Wide(folder.path()));
+    cdl->LetFolderPath(Wide(folder.path()));
+    cdl->LetFolderPrompt(
+        u"Выберите папку, в которую программа будет сохранять ежемесячные отчёты, журналы "
+        u"работы и резервные копии настроек");
+    cdl->LetFileFullName(Wide(folder.path() / "отчёт.txt"));
+    std::string seen;
+    ModalScript script;
+    script.On<QDialog>([&](QDialog& d) {
+      seen = Text(d.windowTitle()) + " | " + Buttons(d);
+      testing::Photograph(d, row.picture);
+      d.reject();
+    });
+    ((*cdl).*row.show)();
+    ASSERT_TRUE(script.Done()) << row.what << script.Trace();
+    EXPECT_EQ(seen, row.seen) << row.what;
+  }
+}
 
 TEST(CdlDialogs, OpenFileShowsTheSettingsAndSplitsTheChoice) {
   Folder folder;
@@ -231,7 +281,12 @@ TEST(CdlDialogs, FontDialogMapsTheFontPropertiesBothWays) {
   ModalScript script;
   script.On<QFontDialog>([&](QFontDialog& d) {
     const QFont f = d.currentFont();
-    seen = Text(f.family()) + " " + std::to_string(f.pointSize()) +
+    const QString sample = d.findChild<QLineEdit*>(QStringLiteral("qt_fontDialog_sampleEdit"))->text();
+    const bool cyrillic = !sample.isEmpty() && std::all_of(sample.begin(), sample.end(), [](QChar c) {
+      return c.script() == QChar::Script_Cyrillic;
+    });
+    seen = (cyrillic ? "Cyrillic sample, " : "sample " + Text(sample) + ", ") + Text(f.family()) +
+           " " + std::to_string(f.pointSize()) +
            (f.weight() >= QFont::Bold ? " bold" : "") + (f.italic() ? " italic" : "") +
            (f.underline() ? " underline" : "") + (f.strikeOut() ? " strikeout" : "");
     QFont chosen(QStringLiteral("DejaVu Sans"), 10);
@@ -243,7 +298,7 @@ TEST(CdlDialogs, FontDialogMapsTheFontPropertiesBothWays) {
   });
   cdl->ShowFont();
   ASSERT_TRUE(script.Done()) << script.Trace();
-  EXPECT_EQ(seen, "DejaVu Serif 14 bold italic");
+  EXPECT_EQ(seen, "Cyrillic sample, DejaVu Serif 14 bold italic");
   EXPECT_EQ(cdl->APIReturn(), 1);
   EXPECT_EQ(cdl->FontName(), u"DejaVu Sans");
   EXPECT_EQ(cdl->FontSize(), 10);
@@ -257,18 +312,32 @@ TEST(CdlDialogs, FontDialogMapsTheFontPropertiesBothWays) {
 TEST(CdlDialogs, FolderDialogStartsInFolderPathAndCancellingClearsIt) {
   Folder folder;
   auto cdl = New<clsZKCDL>();
-  cdl->LetFolderPrompt(u"Куда сохранить?");
+  const std::string prompt =
+      "Выберите папку, в которую программа сохранит отчёты, журналы и копии настроек за "
+      "прошедший месяц; её можно будет сменить позже";
+  cdl->LetFolderPrompt(FromUtf8(prompt));
   cdl->LetFolderPath(Wide(folder.path()));
   std::string seen;
   ModalScript confirm;
   confirm.On<QFileDialog>([&](QFileDialog& d) {
-    seen = Text(d.windowTitle()) + " | " + Text(d.directory().absolutePath()) + " | " +
+    auto* label = d.findChild<QLabel*>(QStringLiteral("folderPrompt"));
+    auto* list = d.findChild<QWidget*>(QStringLiteral("splitter"));
+    ASSERT_TRUE(label && list);
+    // Shown whole: as tall as its text needs at its width, within the dialog, above the list.
+    const bool whole = label->isVisible() && label->height() >= label->heightForWidth(label->width()) &&
+                       label->geometry().right() <= d.width() &&
+                       label->heightForWidth(label->width()) > label->fontMetrics().height();
+    seen = Text(d.windowTitle()) + " | " + Text(label->text()) +
+           (whole ? " | whole, wrapped" : " | cut") +
+           (label->geometry().bottom() < list->geometry().top() ? ", above the list" : ", not above") +
+           " | " + Text(d.directory().absolutePath()) + " | " +
            (d.fileMode() == QFileDialog::Directory ? "folders" : "files");
     TypeAndAccept(d, (folder.path() / "sub").string());
   });
   cdl->ShowFolder();
   ASSERT_TRUE(confirm.Done()) << confirm.Trace();
-  EXPECT_EQ(seen, "Куда сохранить? | " + folder.path().string() + " | folders");
+  EXPECT_EQ(seen, "Найти каталог | " + prompt + " | whole, wrapped, above the list | " +
+                      folder.path().string() + " | folders");
   EXPECT_EQ(U8(cdl->FolderPath()), (folder.path() / "sub").string());
   EXPECT_EQ(cdl->APIReturn(), 1);
 

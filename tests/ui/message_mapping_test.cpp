@@ -28,6 +28,11 @@ QMouseEvent* Mouse(QEvent::Type type, QPoint at, Qt::MouseButton button, Qt::Mou
   return new QMouseEvent(type, at, at + QPoint(100, 100), button, held, keys);
 }
 
+// A key press as the xcb platform delivers it: the X keycode is the Linux input code + 8.
+QKeyEvent* Key(int key, Qt::KeyboardModifiers held, quint32 input_code, const char8_t* text) {
+  return new QKeyEvent(QEvent::KeyPress, key, held, input_code + 8, 0, 0, QString::fromUtf8(text));
+}
+
 TEST(MessageMapping, QtEventsArriveAsThePlatformsMessages) {
   struct Row {
     const char* what;
@@ -50,9 +55,26 @@ TEST(MessageMapping, QtEventsArriveAsThePlatformsMessages) {
       {"key A with text: key down then char",
        [] { return new QKeyEvent(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier, "a"); },
        "256,65,1 258,97,1"},
-      {"an auto-repeated Cyrillic key",
+      {"an auto-repeated Cyrillic key without a scan code: no code, the character in 1251",
        [] { return new QKeyEvent(QEvent::KeyPress, 0, Qt::NoModifier, u8"ж", true); },
-       "256,0,1073741825 258,1078,1073741825"},
+       "256,0,1073741825 258,230,1073741825"},
+      {"Russian ф on the key of A (input code 30): A's code, 0xF4",
+       [] { return Key(0x424, Qt::NoModifier, 30, u8"ф"); }, "256,65,1966081 258,244,1966081"},
+      {"Russian с with Ctrl on the key of C: as Ctrl+C",
+       [] { return Key(0x421, Qt::ControlModifier, 46, u8"с"); }, "256,67,3014657 258,3,3014657"},
+      {"Ctrl+C under the US layout",
+       [] { return Key(Qt::Key_C, Qt::ControlModifier, 46, u8"\x03"); }, "256,67,3014657 258,3,3014657"},
+      {"Ctrl+[ gives ESC", [] { return Key(Qt::Key_BracketLeft, Qt::ControlModifier, 26, u8"\x1b"); },
+       "256,219,1703937 258,27,1703937"},
+      {"AltGr (Ctrl+Alt) keeps the layout's character",
+       [] { return Key(Qt::Key_E, Qt::ControlModifier | Qt::AltModifier, 18, u8"€"); },
+       "256,69,1179649 258,136,1179649"},
+      {"№ (Shift+3 under ru) is 0xB9 on the key of 3",
+       [] { return Key(Qt::Key_NumberSign, Qt::ShiftModifier, 4, u8"№"); }, "256,51,262145 258,185,262145"},
+      {"a character 1251 lacks is '?'",
+       [] { return Key(Qt::Key_A, Qt::NoModifier, 30, u8"ä"); }, "256,65,1966081 258,63,1966081"},
+      {"the keypad's 7 is named by its Qt key", [] { return Key(Qt::Key_7, Qt::KeypadModifier, 71, u8"7"); },
+       "256,103,4653057 258,55,4653057"},
       {"F5 has no text", [] { return new QKeyEvent(QEvent::KeyPress, Qt::Key_F5, Qt::NoModifier); },
        "256,116,1"},
       {"keypad 3", [] { return new QKeyEvent(QEvent::KeyPress, Qt::Key_3, Qt::KeypadModifier); },

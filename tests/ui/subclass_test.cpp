@@ -284,6 +284,47 @@ TEST(Subclass, DestroyWithoutAClientOnItUnhooksBeforeTheNoticeGoesOn) {
   EXPECT_EQ(journal, "");
 }
 
+// Closing a top-level destroys its native window, as on the platform: the clients of the
+// destroy notice get it, the widget learns that its handle is gone, and the window shown
+// again is a new one that nothing has hooked.
+TEST(Subclass, AClosedTopLevelIsDestroyedAndShownAgainUnhooked) {
+  const struct {
+    const char* what;
+    bool client_on_destroy;
+    std::string journal;
+  } rows[] = {
+      {"a client of the destroy notice gets it after the close", true, "B:16 A:2"},
+      {"without one the window unhooks quietly", false, "B:16"},
+  };
+  for (const auto& row : rows) {
+    TestWindow window;
+    window.widget->show();
+    const int32_t h = window.handle();
+    std::string journal;
+    auto sub = New<GSubclass>();
+    auto a = New<Recorder>("A", &journal), b = New<Recorder>("B", &journal);
+    a->with_message = b->with_message = true;
+    b->LetMsgResponse(emrPostProcess);
+    if (row.client_on_destroy) sub->AttachMessage(a, h, wm::kDestroy);
+    sub->AttachMessage(b, h, wm::kClose);
+    sub->AttachMessage(b, h, kUser);
+    window.widget->close();
+    EXPECT_EQ(journal, row.journal) << row.what;
+    EXPECT_EQ(window.widget->internalWinId(), 0u) << row.what << ": no native window";
+    EXPECT_EQ(QWidget::find(static_cast<WId>(h)), nullptr) << row.what;
+    window.widget->show();
+    const int32_t again = static_cast<int32_t>(window.widget->winId());
+    EXPECT_NE(again, h) << row.what;
+    journal.clear();
+    SendMessage(again, kUser, 0, 0);
+    EXPECT_EQ(journal, "") << row.what << ": the new window is not hooked";
+    sub->AttachMessage(b, again, kUser);
+    SendMessage(again, kUser, 0, 0);
+    EXPECT_EQ(journal, "B:1024") << row.what << ": and can be";
+    sub->DetachMessage(b, again, kUser);
+  }
+}
+
 TEST(Subclass, PostedMessagesArriveWhenTheThreadPumps) {
   TestWindow window;
   std::string journal;

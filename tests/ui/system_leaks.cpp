@@ -1,4 +1,6 @@
-// fontconfig keeps its caches for the life of a process once any window has shown text;
-// they are not the library's, and the leak checker of sanitized builds is told so. (The
-// children under Xvfb get the session bus's buffer from lsan_suppressions.txt.)
-extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfig.so\n"; }
+// Libraries that keep memory for the life of a process, not the library's: fontconfig's
+// caches once any window has shown text, and the buffer of the session bus that Qt's xcb
+// platform opens. The leak checker of sanitized builds is told so.
+extern "C" const char* __lsan_default_suppressions() {
+  return "leak:libfontconfig.so\nleak:libdbus-1.so\n";
+}

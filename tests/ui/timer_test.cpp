@@ -2,9 +2,12 @@
 // arrive while the thread pumps, and the errors.
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
+#include <latch>
 #include <thread>
 #include <vector>
 
+#include "support/child_process.h"
 #include "support/outcome.h"
 #include "timer_table.h"
 #include "tsruntime/CTimer.h"
@@ -161,16 +164,59 @@ TEST(Timer, SlotsAreFilledLowestFirst) {
   });
 }
 
-TEST(Timer, AThreadWithoutAnEventLoopCannotStartOne) {
-  std::string outcome;
-  int32_t interval = -1;
-  std::thread([&] {
-    auto t = New<CTimer>();
-    outcome = testing::RaisedFields([&] { t->LetEnabled(true), t->LetInterval(10); });
-    interval = t->Interval();
-  }).join();
-  EXPECT_EQ(outcome, "-2147207852\ntsruntime.WindowProc\nCan't create system timer\n\n0");
-  EXPECT_EQ(interval, 0) << "the failed timer is stopped";
+// What one host thread sees of its timers: its table holds 100 while the other thread's
+// is full too, the 101st fails, and its quick timer ticks on it while it pumps.
+std::string RunTimersOnThisThread(std::latch& both_full) {
+  const std::thread::id me = std::this_thread::get_id();
+  std::string seen;
+  int ticks = 0;
+  auto quick = New<CTimer>();
+  quick->OnThatTime([&] { ticks += std::this_thread::get_id() == me ? 1 : 1000; });
+  quick->LetInterval(5);
+  std::vector<Ref<CTimer>> slow(99);
+  for (auto& t : slow) {
+    t = New<CTimer>();
+    t->LetInterval(60000);
+  }
+  seen += "mark " + std::to_string(Table().HighWaterMark());
+  both_full.arrive_and_wait();
+  seen += ", 101st " + testing::Outcome([] { New<CTimer>()->LetInterval(60000); });
+  testing::PumpUntil([&] { return ticks >= 3; });
+  seen += ticks >= 3 && ticks < 1000 ? ", ticks here" : ", ticks " + std::to_string(ticks);
+  quick->LetInterval(0);
+  for (auto& t : slow) t->LetInterval(0);
+  seen += ", running " + std::to_string(Table().RunningTimers());
+  return seen;
+}
+
+// Two plain host threads at once, each with its own table of 100.
+std::vector<std::string> RunTwoHostThreads() {
+  std::latch both_full(2);
+  std::vector<std::string> seen(2);
+  std::thread first([&] { seen[0] = RunTimersOnThisThread(both_full); });
+  std::thread second([&] { seen[1] = RunTimersOnThisThread(both_full); });
+  first.join();
+  second.join();
+  return seen;
+}
+
+const std::string kEachThread = "mark 100, 101st error -2147207853, ticks here, running 0";
+
+TEST(Timer, HostThreadsRunTimersAtOnceEachWithItsOwnTable) {
+  EXPECT_EQ(RunTwoHostThreads(), std::vector<std::string>(2, kEachThread));
+}
+
+// Before any application exists, threads other than the main one tick through
+// PumpWaitingMessages alone, and Qt is not touched (it would take them for the main one).
+TEST(Timer, HostThreadsRunTimersBeforeAnyApplicationExists) {
+  if (!testing::InTestChild()) {
+    const testing::ChildResult child =
+        testing::RunTestInChild("Timer.HostThreadsRunTimersBeforeAnyApplicationExists");
+    EXPECT_EQ(child.exit_code, 0) << child.output;
+    return;
+  }
+  EXPECT_EQ(RunTwoHostThreads(), std::vector<std::string>(2, kEachThread));
+  EXPECT_EQ(QCoreApplication::instance(), nullptr);
 }
 
 }  // namespace

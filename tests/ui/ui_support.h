@@ -1,10 +1,13 @@
-// Helpers of the ui tests: pumping the event loop, running on a fresh Qt thread.
+// Helpers of the ui tests: pumping the event loop, showing a window active, running on a
+// fresh Qt thread.
 #pragma once
 
 #include <QElapsedTimer>
 #include <QThread>
+#include <QWidget>
 #include <functional>
 
+#include "desktop.h"
 #include "tsruntime/automation/modules.h"
 
 namespace tsruntime::testing {
@@ -22,6 +25,16 @@ inline void PumpFor(int ms) {
   QElapsedTimer clock;
   clock.start();
   while (clock.elapsed() < ms) PumpWaitingMessages();
+}
+
+// Shows `window` and pumps until it has the keyboard: asked of the window manager, and
+// given by the desktop if the manager keeps it for another window.
+inline bool ShowActive(QWidget& window) {
+  window.show();
+  window.activateWindow();
+  if (PumpUntil([&] { return window.isActiveWindow(); }, 1000)) return true;
+  if (Desktop* desktop = TheDesktop()) desktop->Focus(window.winId());
+  return PumpUntil([&] { return window.isActiveWindow(); });
 }
 
 // Runs `body` on a new QThread (an event loop of its own, an empty timer table) and

@@ -1,29 +1,14 @@
-// On a real X server: windows of other X clients are refused as external, the process's
-// own widgets are subclassed by their X window ids, and the module's application comes
-// up on xcb by itself.
+// On the X server: windows of other X clients are refused as external (the process's own
+// are subclassed by their X window ids in every other test).
 #include <gtest/gtest.h>
 
 #include <xcb/xcb.h>
 
-#include <QGuiApplication>
-#include <QWidget>
-
 #include "subclass_support.h"
 #include "support/outcome.h"
-#include "tsruntime/WindowMessages.h"
-#include "x_server.h"
 
 namespace tsruntime {
 namespace {
-
-TEST(XServer, ChecksThatNeedARealDisplayPassUnderXvfb) {
-  if (testing::IsXcbChild()) GTEST_SKIP() << "the child runs the checks themselves";
-  testing::Xvfb server;
-  ASSERT_FALSE(server.display().empty()) << "Xvfb did not start";
-  const std::string output = server.RunChild("XcbChild.*");
-  EXPECT_NE(output.find("[  PASSED  ] 2 tests."), std::string::npos) << output;
-  EXPECT_EQ(output.substr(output.rfind("exit")), "exit 0") << output;
-}
 
 // A window made by another X client: a connection of its own, as another process has.
 class ForeignWindow {
@@ -45,8 +30,7 @@ class ForeignWindow {
   xcb_window_t id_ = 0;
 };
 
-TEST(XcbChild, WindowsOfOtherClientsAreExternal) {
-  if (!testing::IsXcbChild()) GTEST_SKIP() << "runs under the Xvfb of XServer";
+TEST(XServer, WindowsOfOtherClientsAreExternal) {
   ForeignWindow foreign;
   auto sub = New<GSubclass>();
   std::string journal;
@@ -57,19 +41,6 @@ TEST(XcbChild, WindowsOfOtherClientsAreExternal) {
             "-2147208421\ntsruntime.WindowProc\nInvalid window\n\n0");
   EXPECT_EQ(testing::RaisedFields([&] { sub->DetachMessage(client, foreign.id(), 16); }),
             "nothing raised");
-}
-
-TEST(XcbChild, OwnWidgetsAreSubclassedByTheirXWindowIds) {
-  if (!testing::IsXcbChild()) GTEST_SKIP() << "runs under the Xvfb of XServer";
-  EXPECT_EQ(QGuiApplication::platformName(), "xcb");
-  testing::TestWindow window;
-  window.widget->show();
-  auto sub = New<GSubclass>();
-  std::string journal;
-  auto client = New<testing::Recorder>("A", &journal, 9);
-  sub->AttachMessage(client, window.handle(), wm::kUser);
-  EXPECT_EQ(SendMessage(window.handle(), wm::kUser, 0, 0), 9);
-  sub->DetachMessage(client, window.handle(), wm::kUser);
 }
 
 }  // namespace
