@@ -11,6 +11,7 @@ packages=(
   clang libclang-rt-14-dev
   pybind11-dev python3-dev python3-pytest
   coreutils locales
+  libedit-dev tmux
 )
 
 # Toolchains of the binding examples (examples/gambas, examples/pascal). Only their tests
