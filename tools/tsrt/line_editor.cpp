@@ -39,7 +39,7 @@ char* Copy(const std::string& s) {
 // candidates; a lone candidate stands twice so that it counts as the exact match.
 char** Matches(const char*, int, int) {
   rl_attempted_completion_over = 1;  // no file names instead
-  if (!active_completer) return nullptr;
+  if (!active_completer || !rl_line_buffer) return nullptr;
   const Completion c = (*active_completer)(FirstCharacters(rl_line_buffer, rl_point));
   if (c.candidates.empty()) return nullptr;
   std::string common = c.candidates.front();
