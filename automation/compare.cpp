@@ -115,6 +115,7 @@ std::string TextSortKey(StringView text) {
 }
 
 int CompareVariants(const Variant& a, const Variant& b, int32_t mode) {
+  if (a.isObject() || b.isObject()) return CompareVariants(DefaultValue(a), DefaultValue(b), mode);
   if (a.isNull() || b.isNull()) RaiseRuntime(RuntimeError::kInvalidUseOfNull);
   auto comparable = [](const Variant& v) {
     return v.isEmpty() || v.isString() || IsNumberLike(v);

@@ -5,6 +5,7 @@
 #include <limits>
 #include <optional>
 
+#include "tsruntime/automation/dispatch.h"
 #include "tsruntime/automation/locale.h"
 
 namespace tsruntime {
@@ -68,9 +69,54 @@ std::optional<std::string> PlainDigits(StringView text) {
   return ascii;
 }
 
-// Text to Decimal: plain digits exactly, other number forms (exponents, &H, &O) through
-// a double.
+// The digits of "&H..." or "&O..." text as an unsigned number, or nullopt for text
+// without that prefix. The caller fits the number to its target type.
+std::optional<uint64_t> RadixNumber(StringView text) {
+  const StringView s = Trimmed(text);
+  if (s.size() < 2 || s[0] != u'&') return std::nullopt;
+  int radix;
+  if (s[1] == u'H' || s[1] == u'h') radix = 16;
+  else if (s[1] == u'O' || s[1] == u'o') radix = 8;
+  else return std::nullopt;
+  const StringView digits = s.substr(2);
+  if (digits.empty()) Mismatch();
+  uint64_t v = 0;
+  bool too_big = false;  // kept apart so that a bad digit later still reads as 13
+  for (char16_t c : digits) {
+    int d;
+    if (c >= u'0' && c <= u'9') d = c - u'0';
+    else if (c >= u'a' && c <= u'f') d = c - u'a' + 10;
+    else if (c >= u'A' && c <= u'F') d = c - u'A' + 10;
+    else Mismatch();
+    if (d >= radix) Mismatch();
+    if (v > (UINT64_MAX - static_cast<uint64_t>(d)) / static_cast<uint64_t>(radix)) {
+      too_big = true;
+      v = 0;
+    }
+    v = v * static_cast<uint64_t>(radix) + static_cast<uint64_t>(d);
+  }
+  if (too_big) Overflow();
+  return v;
+}
+
+// A hexadecimal or octal number read straight into a whole-number type of `lo`..`hi`:
+// the type's width of bits, the top bit the sign of a signed type ("&HFFFF" is the
+// Integer -1 and the Long 65535); more bits than the type has are overflow.
+int64_t FitRadix(uint64_t v, int64_t lo, int64_t hi) {
+  const uint64_t span = static_cast<uint64_t>(hi) - static_cast<uint64_t>(lo);
+  if (v > span) Overflow();
+  if (v > static_cast<uint64_t>(hi)) return static_cast<int64_t>(v - span - 1);
+  return static_cast<int64_t>(v);
+}
+
+// Text to Decimal: plain digits and &H / &O numbers exactly, other number forms
+// (exponents) through a double.
 Decimal TextToDecimal(StringView text) {
+  if (const auto radix = RadixNumber(text)) {
+    Decimal d;
+    d.magnitude = *radix;
+    return d;
+  }
   if (auto plain = PlainDigits(text)) {
     if (auto d = Decimal::ParsePlain(*plain)) return *d;
     Overflow();  // well-formed, so beyond the 96 bits
@@ -116,30 +162,6 @@ int64_t DecimalMagnitude(std::string_view s) {
   return lead + exponent;
 }
 
-int64_t ParseRadix(StringView digits, int radix) {
-  if (digits.empty()) Mismatch();
-  uint64_t v = 0;
-  bool too_big = false;  // kept apart so that a bad digit later still reads as 13
-  for (char16_t c : digits) {
-    int d;
-    if (c >= u'0' && c <= u'9') d = c - u'0';
-    else if (c >= u'a' && c <= u'f') d = c - u'a' + 10;
-    else if (c >= u'A' && c <= u'F') d = c - u'A' + 10;
-    else Mismatch();
-    if (d >= radix) Mismatch();
-    v = v * radix + d;
-    if (v > 0xFFFFFFFF) {
-      too_big = true;
-      v = 0;
-    }
-  }
-  if (too_big) Overflow();
-  // Up to 16 bits the literal is an Integer, up to 32 a Long: &HFFFF is -1.
-  if (v <= 0xFFFF) return static_cast<int16_t>(v);
-  if (v <= 0xFFFFFFFF) return static_cast<int32_t>(v);
-  Overflow();
-}
-
 int64_t RoundToInteger(const Variant& v, int64_t lo, int64_t hi) {
   int64_t r;
   switch (v.type()) {
@@ -157,6 +179,10 @@ int64_t RoundToInteger(const Variant& v, int64_t lo, int64_t hi) {
       if (rem < -5000 || (rem == -5000 && (r & 1))) --r;
       break;
     }
+    case VarType::kObject: return RoundToInteger(DefaultValue(v), lo, hi);
+    case VarType::kString:
+      if (const auto radix = RadixNumber(v.asString())) return FitRadix(*radix, lo, hi);
+      [[fallthrough]];
     default: {
       const double d = RoundHalfEven(ToDouble(v));
       if (!(d >= static_cast<double>(lo) && d <= static_cast<double>(hi))) Overflow();
@@ -191,13 +217,8 @@ String FormatCurrency(Currency value) {
 }
 
 double ParseNumber(StringView text) {
+  if (const auto radix = RadixNumber(text)) return static_cast<double>(*radix);
   const StringView s = Trimmed(text);
-  if (s.size() > 2 && s[0] == u'&' && (s[1] == u'H' || s[1] == u'h')) {
-    return static_cast<double>(ParseRadix(s.substr(2), 16));
-  }
-  if (s.size() > 2 && s[0] == u'&' && (s[1] == u'O' || s[1] == u'o')) {
-    return static_cast<double>(ParseRadix(s.substr(2), 8));
-  }
   // Rewrite into the form from_chars reads: ASCII, '.' as the separator.
   const char16_t sep = DecimalSeparator();
   std::string ascii;
@@ -266,6 +287,7 @@ double ToDouble(const Variant& v) {
     case VarType::kBoolean: return v.asBoolean() ? -1.0 : 0.0;
     case VarType::kDecimal: return v.asDecimal().ToDouble();
     case VarType::kString: return ParseNumber(v.asString());
+    case VarType::kObject: return ToDouble(DefaultValue(v));
     default: Mismatch();
   }
 }
@@ -288,6 +310,7 @@ Currency ToCurrency(const Variant& v) {
     // Text is read exactly, as a decimal: "0,00015" is a half and rounds to 0,0002, and
     // every amount ToString writes reads back unchanged.
     case VarType::kString: return DecimalToCurrency(TextToDecimal(v.asString()));
+    case VarType::kObject: return ToCurrency(DefaultValue(v));
     default:
       return Currency::FromDouble(ToDouble(v));
   }
@@ -301,6 +324,7 @@ Date ToDate(const Variant& v) {
       if (auto parsed = Date::Parse(v.asString())) return *parsed;
       Mismatch();
     }
+    case VarType::kObject: return ToDate(DefaultValue(v));
     default: d = ToDouble(v);
   }
   // 1 January 100 to 31 December 9999; -657434.5 is noon of the first day.
@@ -323,6 +347,7 @@ Decimal ToDecimal(const Variant& v) {
       return Decimal::ParsePlain(d.ToPlainText()).value();  // drops trailing zeros
     }
     case VarType::kString: return TextToDecimal(v.asString());
+    case VarType::kObject: return ToDecimal(DefaultValue(v));
     default: return Decimal::FromDouble(ToDouble(v));
   }
 }
@@ -338,6 +363,7 @@ bool ToBoolean(const Variant& v) {
     }
     case VarType::kCurrency: return v.asCurrency().raw != 0;
     case VarType::kDecimal: return v.asDecimal().magnitude != 0;
+    case VarType::kObject: return ToBoolean(DefaultValue(v));
     default: return ToDouble(v) != 0.0;
   }
 }
@@ -362,6 +388,7 @@ String ToString(const Variant& v) {
       }
       return s;
     }
+    case VarType::kObject: return ToString(DefaultValue(v));
     default: Mismatch();
   }
 }
@@ -389,6 +416,26 @@ Variant ChangeType(const Variant& v, VarType type) {
       if (v.type() == type) return v;
       Mismatch();
   }
+}
+
+Variant DefaultValue(const Variant& v) {
+  // A default member may give another object; a chain this long only loops.
+  constexpr int kMostObjects = 16;
+  Variant value = v;
+  for (int i = 0; i < kMostObjects && value.isObject(); ++i) {
+    const Ref<Object>& object = value.asObject();
+    if (!object) RaiseRuntime(RuntimeError::kObjectNotSet);
+    std::vector<Argument> none;
+    value = InvokeDefault(*object, none);
+  }
+  if (value.isObject()) RaiseRuntime(RuntimeError::kNotSupported);
+  return value;
+}
+
+Variant Concatenate(const Variant& a, const Variant& b) {
+  const Variant x = DefaultValue(a), y = DefaultValue(b);
+  if (x.isNull() && y.isNull()) return Variant::Null();
+  return Variant((x.isNull() ? String() : ToString(x)) + (y.isNull() ? String() : ToString(y)));
 }
 
 }  // namespace tsruntime

@@ -12,6 +12,7 @@ packages=(
   clang libclang-rt-14-dev
   pybind11-dev python3-dev python3-pytest
   coreutils locales
+  libedit-dev tmux
 )
 
 # Toolchains of the bindings: the Free Pascal example (examples/pascal) and the Gambas

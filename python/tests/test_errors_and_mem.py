@@ -1,9 +1,11 @@
 """The error collection and clsZKMem from Python: a caught AutomationError added as it is,
-packed collections, and compressed blocks written back as bytes."""
+a record passed where text is expected, packed collections, and compressed blocks written
+back as bytes."""
 
 import zlib
 
 import tsruntime
+from conftest import raised
 from tsruntime import Dispatch
 
 
@@ -19,6 +21,18 @@ def test_a_caught_automation_error_is_added_with_its_number_and_description():
     assert errors.GetAsText("  --> ") == (
         "  --> [-2147220803] SearchLen = -5\r\n  --> [53] Нет файла\r\n")
     assert (errors.Item(5), errors.GetErrNumber("1"), errors.GetErrDescription(-1)) == (None, 53, "")
+
+
+def test_a_record_stands_for_its_description_where_text_is_expected():
+    record = Dispatch("TSRuntimeLib.clsTSError")
+    record.Description = "D"
+    errors = Dispatch("TSRuntimeLib.clsTSErrors")
+    errors.Add(record, "&H10")  # text "&H10" to the Long Number: 16
+    copy = Dispatch("TSRuntimeLib.clsTSError")
+    copy.Description = record
+    assert errors.GetAsText(Prefix=copy) == "D[16] D\r\n"
+    assert raised(lambda: errors.Add(Dispatch("TSRuntimeLib.clsZKString")))[0] == 438
+    assert raised(lambda: setattr(copy, "Description", tsruntime.Nothing))[0] == 91
 
 
 def test_a_packed_collection_reads_back_after_the_records_already_held():

@@ -1,20 +1,24 @@
 // Conversions between Variant types: number text in the user's locale, rounding to whole
-// numbers, range checks, Booleans, Null and Empty, Currency, Decimal and Date.
+// numbers, range checks, Booleans, Null and Empty, Currency, Decimal, Date, hexadecimal
+// and octal text, and objects through their default member.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 
+#include "support/described_object.h"
 #include "support/outcome.h"
 #include "tsruntime/automation/compare.h"
 #include "tsruntime/automation/convert.h"
 #include "tsruntime/automation/locale.h"
 #include "tsruntime/automation/safearray.h"
+#include "tsruntime/clsTSErrors.h"
 
 namespace tsruntime {
 namespace {
 
 using testing::Num;
+using testing::Described;
 using testing::Outcome;
 using testing::U8;
 
@@ -76,16 +80,27 @@ TEST(Conversions, FollowTheHostRuntimesRules) {
       {"ru_RU", Variant(255.5), "Byte error 6"},
       {"ru_RU", Variant(kNaN), "Long error 6; Currency error 6"},
       {"ru_RU", Variant(Currency{-35000}), "Integer -4; String -3,5"},
-      // Text to numbers: only the locale's separator; &H and &O up to 32 bits.
+      // Text to numbers: only the locale's separator.
       {"ru_RU", Variant(u"1,5"), "Double 1.5; Currency 15000"},
       {"ru_RU", Variant(u"1.5"), "Double error 13; Currency error 13; Decimal error 13"},
       {"en_US", Variant(u"1,5"), "Double error 13"},
       {"ru_RU", Variant(u"  2,5  "), "Double 2.5; Integer 2; Boolean True"},
       {"en_US", Variant(u"1e400"), "Double error 6"},
-      {"en_US", Variant(u"&HFFFF"), "Double -1"},
-      {"en_US", Variant(u"&HFFFFFFFF"), "Double -1"},
-      {"en_US", Variant(u"&H100000000"), "Double error 6"},
-      {"en_US", Variant(u"&H10000000000000000"), "Double error 6"},
+      // &H and &O text goes straight into the target: a whole-number type takes its own
+      // width of bits, the top one the sign; other numbers take the unsigned value.
+      {"en_US", Variant(u"&HF060"),
+       "Integer -4000; Long 61536; Byte error 6; Double 61536; Currency 615360000"},
+      {"en_US", Variant(u"&HFF"), "Byte 255; Integer 255; Single 255"},
+      {"en_US", Variant(u"&H8000"), "Integer -32768; Long 32768"},
+      {"en_US", Variant(u"&H10000"), "Integer error 6; Long 65536"},
+      {"en_US", Variant(u"&HFFFFFFFF"), "Long -1; Double 4294967295; Currency 42949672950000"},
+      {"en_US", Variant(u"&H100000000"), "Long error 6; Double 4294967296; Decimal 4294967296"},
+      {"ru_RU", Variant(u" &hFFFFffffFFFFffff "),
+       "Decimal 18446744073709551615; Currency error 6; Double 18446744073709552000"},
+      {"en_US", Variant(u"&H10000000000000000"), "Double error 6; Decimal error 6"},
+      {"en_US", Variant(u"&O177777"), "Integer -1; Long 65535; Boolean True"},
+      {"en_US", Variant(u"&H"), "Long error 13; Double error 13"},
+      {"en_US", Variant(u"&O78"), "Integer error 13"},
       {"en_US", Variant(u"1 000"), "Double error 13"},
       {"ru_RU", Variant(u"true"), "Boolean True; Double error 13"},
       {"ru_RU", Variant(u"FALSE"), "Boolean False; String FALSE"},
@@ -118,6 +133,17 @@ TEST(Conversions, FollowTheHostRuntimesRules) {
       {"ru_RU", Variant(2958466.0), "Date error 6"},
       {"ru_RU", Variant(u"05.03.2024 14:07"), "Date 2024-03-05 14:07:00"},
       {"ru_RU", Variant(u"2023-02-29"), "Date error 13"},
+      // An object is its default member; Nothing and an object without one cannot be.
+      {"ru_RU", Described(u"12,5"),
+       "String 12,5; Double 12.5; Long 12; Byte 12; Currency 125000; Decimal 12.5"},
+      {"ru_RU", Described(u"true"), "Boolean True; Integer error 13"},
+      {"ru_RU", Described(u"2024-03-05"), "Date 2024-03-05 00:00:00"},
+      {"ru_RU", Described(u"&HF060"), "Integer -4000; Long 61536"},
+      {"ru_RU", Variant::Nothing(),
+       "String error 91; Long error 91; Double error 91; Boolean error 91; Currency error 91; "
+       "Date error 91; Decimal error 91"},
+      {"ru_RU", Variant(New<clsZKString>()), "String error 438; Integer error 438"},
+      {"ru_RU", Variant(New<clsTSErrors>()), "String error 449"},  // the default needs an index
   };
   for (const auto& [locale, value, expected] : rows) {
     ScopedLocale l(locale);

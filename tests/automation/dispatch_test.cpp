@@ -4,6 +4,7 @@
 
 #include <map>
 
+#include "support/described_object.h"
 #include "support/outcome.h"
 #include "tsruntime/automation/dispatch.h"
 #include "tsruntime/automation/locale.h"
@@ -13,6 +14,7 @@
 namespace tsruntime {
 namespace {
 
+using testing::Described;
 using testing::Outcome;
 using testing::U8;
 
@@ -122,6 +124,12 @@ TEST(Invoke, BindsCoercesWritesArgumentsBackAndKeepsErrors) {
       {"text x to Integer", u"Repeat", {Pos(u"ab"), Pos(u"x")}, "error 13"},
       {"Long 40000 to Integer", u"Repeat", {Pos(u"ab"), Pos(int32_t{40000})}, "error 6"},
       {"Null to String", u"Repeat", {Pos(Variant::Null())}, "error 94"},
+      // An object where a value is declared is its default member.
+      {"an object to String and to Integer", u"Repeat",
+       {Pos(Described(u"ab")), Pos(Described(u"3"))}, "String ab-ab-ab"},
+      {"Nothing to String", u"Repeat", {Pos(Variant::Nothing())}, "error 91"},
+      {"an object without a default member", u"Repeat", {Pos(New<clsDispatchProbe>())},
+       "error 438"},
       // Written back in the declared type; by-value and left-out arguments stay as they were.
       {"a by-reference Long", u"Increment", {Pos(int32_t{5})}, "Long 6 | #1 Long 6"},
       {"text into a by-reference Long", u"Increment", {Pos(u"41")}, "Long 42 | #1 Long 42"},

@@ -1,13 +1,15 @@
 // Text: byte strings through the ANSI and OEM code pages, UTF-8, binary and text compare,
-// sort keys, InStr-like search and the ordering of Variants.
+// sort keys, InStr-like search, and the ordering and joining of Variants.
 #include <gtest/gtest.h>
 
 #include <numeric>
 #include <set>
 
+#include "support/described_object.h"
 #include "support/outcome.h"
 #include "tsruntime/automation/codepage.h"
 #include "tsruntime/automation/compare.h"
+#include "tsruntime/automation/convert.h"
 #include "tsruntime/automation/locale.h"
 #include "tsruntime/automation/safearray.h"
 #include "tsruntime/clsZKRunTimeLib.h"
@@ -15,6 +17,7 @@
 namespace tsruntime {
 namespace {
 
+using testing::Described;
 using testing::Outcome;
 using testing::U8;
 
@@ -107,12 +110,39 @@ TEST(CompareVariants, OrdersNumbersStringsAndEmptyAsTheHostRuntime) {
       {"Currency near the top, exactly", Variant(Currency{INT64_MAX}),
        Variant(Currency{INT64_MAX - 1}), 0, "1"},
       {"Null and 1", Variant::Null(), Variant(int32_t{1}), 0, "error 94"},
-      {"an object and itself", object, object, 0, "error 13"},
+      {"an object without a default member", object, object, 0, "error 438"},
+      {"an object through its default member", Described(u"b"), Variant(u"a"), 0, "1"},
+      {"two objects through theirs", Described(u"abc"), Described(u"ABC"), 1, "0"},
+      {"an object's text above a number", Variant(int16_t{5}), Described(u"5"), 0, "-1"},
+      {"Nothing", Variant::Nothing(), Variant(u""), 0, "error 91"},
   };
   for (const auto& [what, a, b, mode, order] : rows) {
     EXPECT_EQ(Outcome([&] { return std::to_string(CompareVariants(a, b, mode)); }), order)
         << what;
     EXPECT_EQ(VariantEquals(a, b, mode), order == std::string("0")) << what;
+  }
+}
+
+// `a & b`: both sides as text in the locale, Null as nothing, objects as their default.
+TEST(Concatenate, JoinsBothSidesAsText) {
+  ScopedLocale l("ru_RU");
+  const std::tuple<Variant, Variant, const char*> rows[] = {
+      {Variant(u"a"), Variant(int16_t{5}), "a5"},
+      {Variant(1.5), Variant(true), "1,5True"},
+      {Variant::Null(), Variant(u"a"), "a"},
+      {Variant(), Variant::Null(), ""},
+      {Variant::Null(), Variant::Null(), "Null"},
+      {Described(u"D"), Variant(u"!"), "D!"},
+      {Variant(u"a"), Variant::Nothing(), "error 91"},
+      {Variant(New<clsZKRunTimeLib>()), Variant(u"a"), "error 438"},
+      {Variant(SafeArray::FromStrings({u"a"})), Variant(u"a"), "error 13"},
+  };
+  for (const auto& [a, b, joined] : rows) {
+    EXPECT_EQ(Outcome([&] {
+                const Variant v = Concatenate(a, b);
+                return v.isNull() ? std::string("Null") : U8(v.asString());
+              }),
+              joined);
   }
 }
 

@@ -516,6 +516,8 @@ static void values_convert_as_the_host_runtime_does(void) {
       {"text that is no number is a type mismatch", "x", TSRT_VT_LONG, 13},
       {"a number too large for an Integer overflows", "70000", TSRT_VT_INTEGER, 6},
       {"text converts to Boolean from its name", "True", TSRT_VT_BOOLEAN, 0},
+      {"hexadecimal text takes a Long's 32 bits", "&HF060", TSRT_VT_LONG, 0},
+      {"and overflows a Byte's 8", "&HF060", TSRT_VT_BYTE, 6},
   };
   for (size_t r = 0; r < sizeof rows / sizeof rows[0]; ++r) {
     tsrt_variant from = {0}, to = {0};
@@ -529,6 +531,22 @@ static void values_convert_as_the_host_runtime_does(void) {
     tsrt_variant_clear(&from);
     tsrt_variant_clear(&to);
   }
+
+  /* An object where a value is expected: its default member, Description. */
+  tsrt_object* record = create(u"TSRuntimeLib.clsTSError");
+  tsrt_argument text = {0};
+  tsrt_variant_set_utf8(&text.value, "D", 1, NULL);
+  tsrt_variant none = {0}, object = {0}, described = {0};
+  check(call(record, u"Description", TSRT_INVOKE_LET, &text, 1, &none, NULL) == TSRT_OK,
+        "a record's Description is set");
+  tsrt_variant_set_object(&object, record);
+  check(tsrt_variant_change_type(&described, &object, TSRT_VT_STRING, NULL) == TSRT_OK &&
+            string_is(&described, u"D"),
+        "a record converts to text as its Description");
+  clear_args(&text, 1);
+  tsrt_variant_clear(&object);
+  tsrt_variant_clear(&described);
+  tsrt_object_release(record);
 
   tsrt_variant amount = {0}, exact = {0};
   tsrt_variant_set_double(&amount, -12.5);

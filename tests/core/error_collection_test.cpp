@@ -2,7 +2,10 @@
 // and unpacking against hand-made texts, and the report that ShowErrorMessage builds.
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "tsruntime/error_report.h"
+#include "support/described_object.h"
 #include "support/outcome.h"
 #include "tsruntime/automation/err_object.h"
 #include "tsruntime/clsTSErrors.h"
@@ -240,6 +243,38 @@ TEST(ErrorCollection, LateBoundWithDefaultsAndTheDefaultMember) {
   std::vector<Argument> none;
   EXPECT_EQ(ToString(InvokeDefault(*second.asObject(), none)), u"D")
       << "the collection's default is Item, the record's Description";
+}
+
+// Where text is declared, a record passed late bound is its Description (the default
+// member). Nothing fails to convert, which these members skip as they skip any failure.
+TEST(ErrorCollection, TakesARecordWhereTextIsExpected) {
+  const Variant d = testing::Described(u"D");
+  auto call = [](Object& o, StringView member, std::vector<Argument> args,
+                 InvokeKind kind = InvokeKind::kCall) { return Invoke(o, member, kind, args); };
+  const struct {
+    const char* what;
+    std::function<void(clsTSErrors&)> run;
+    std::string text;  // GetAsText afterwards, or with the prefix given
+  } rows[] = {
+      {"Add(record)", [&](clsTSErrors& e) { call(e, u"Add", {{u"", d}}); }, "[1] x\r\nD\r\n"},
+      {"Add(Nothing)", [&](clsTSErrors& e) { call(e, u"Add", {{u"", Variant::Nothing()}}); },
+       "[1] x\r\n"},
+      {"Description = record",
+       [&](clsTSErrors& e) { call(*e.Item(Variant(int16_t{0})), u"Description", {{u"", d}},
+                                  InvokeKind::kLet); },
+       "[1] D\r\n"},
+      {"GetAsText(Prefix:=record)", nullptr, "D[1] x\r\n"},
+  };
+  for (const auto& r : rows) {
+    auto errors = WithRecords({{1, u"x"}});
+    if (r.run) r.run(*errors);
+    std::vector<Argument> prefix;
+    if (!r.run) prefix.push_back({u"Prefix", d});
+    EXPECT_EQ(U8(ToString(call(*errors, u"GetAsText", prefix))), r.text) << r.what;
+  }
+  auto errors = WithRecords({{1, u"x"}});
+  EXPECT_EQ(U8(ToString(call(*errors, u"GetAsText", {{u"Prefix", Variant::Nothing()}}))),
+            "[1] x\r\n");
 }
 
 TEST(ErrorReport, BuildsItsLinesFromTheContextCodeMessageAndRecords) {

@@ -68,6 +68,14 @@ TEST(Literal, ReadsEveryFormAsItsTypeAndValue) {
       {"Array( 1 ,2 )", "Array(1, 2)"}, {"Array(0 To 1: 5, 6) As Long", "Array(5, 6) As Long"},
       {"Array(1 To 2, 0 To 0: 1, 2.5!) As Variant", "Array(1 To 2, 0 To 0: 1, 2.5!)"},
       {"Array(1, 2.5) As Integer", "Array(1, 2) As Integer"},
+      // hexadecimal and octal as the host language types them; enumeration members
+      {"&H8000", "-32768"}, {"&H8000&", "32768"}, {"&hffff", "-1"}, {"&HFFFF&", "65535"},
+      {"&H10000", "65536"}, {"&HFFFFFFFF", "-1&"}, {"&HFF%", "255"}, {"&O17", "15"},
+      {"&o177777", "-1"}, {"CLng(\"&HF060\")", "61536"}, {"CInt(\"&HF060\")", "-4000"},
+      {"HKEY_CURRENT_USER", "-2147483647"}, {"hkey_current_user", "-2147483647"},
+      {"xeREGISTRY_HKEY.HKEY_LOCAL_MACHINE", "-2147483646"}, {"xcZKLANG_ENG", "1&"},
+      {"Array(xcZKLANG_RUS, &HFF) As Integer", "Array(0, 255) As Integer"},
+      {"\"a\" & ChrW(&H41)", "\"aA\""},
       {"Step := 2", "Step:=2"}, {"CompareType:=Missing", "CompareType:=Missing"},
       {"\"Step:=2\"", "\"Step:=2\""}, {"", "Missing"}, {"   ", "Missing"}};
   for (const auto& c : cases) {
@@ -176,6 +184,18 @@ TEST(Literal, MalformedArgumentsAreRefusedWithTheFaultAndItsColumn) {
   } cases[] = {
       {"Step:=", "expected a literal at column 7"},
       {"abc", "unknown word 'abc' (text goes in double quotes) at column 1"},
+      {"HKEY_CURENT_USER", "unknown word 'HKEY_CURENT_USER' (text goes in double quotes) at "
+                           "column 1; did you mean HKEY_CURRENT_USER?"},
+      {"Nothng", "unknown word 'Nothng' (text goes in double quotes) at column 1; did you mean "
+                 "Nothing?"},
+      {"xeREGISTRY_HKEY.HKEY_NOPE", "no member 'HKEY_NOPE' in xeREGISTRY_HKEY at column 17"},
+      {"&H100000000", "out of range for Long at column 1"},
+      {"&H10000%", "out of range for Integer at column 1"},
+      {"&HG", "expected hexadecimal digits at column 3"},
+      {"&O8", "expected octal digits at column 3"},
+      {"&HFFx", "unexpected character after the number at column 5"},
+      {"\"a\" & &HFF", "only quoted text, ChrW(n), Chr(n) and vb text constants join with '&' at "
+                       "column 7"},
       {"\"open", "text has no closing '\"' at column 1"},
       {"\"a\" & 5",
        "only quoted text, ChrW(n), Chr(n) and vb text constants join with '&' at column 7"},

@@ -98,7 +98,6 @@ TEST(Tsrt, FailuresExitWithTheirStatusAndReportOnStandardError) {
        2, "",
        "tsrt: cannot read the argument Array(-2147483648 To 2147483647, -2147483648 To "
        "2147483647:): the bounds describe too large an array at column 1"},
-      {"", 2, "", "tsrt: no command given"},
       {"frobnicate", 2, "", "tsrt: unknown command frobnicate"},
       {"call clsZKRunTimeLib", 2, "", "tsrt: wrong number of words after call"},
       {"members NoSuchClass", 2, "", "tsrt: no class named NoSuchClass (tsrt classes lists them)"},
@@ -117,7 +116,7 @@ TEST(Tsrt, FailuresExitWithTheirStatusAndReportOnStandardError) {
     const Outcome r = RunTsrt(c.args);
     EXPECT_EQ(r.code, c.code) << c.args;
     EXPECT_EQ(r.out, c.out) << c.args;
-    const std::string err = c.code == 2 ? c.err + "\nusage: tsrt classes\n" : c.err;
+    const std::string err = c.code == 2 ? c.err + "\nusage: tsrt [repl]\n" : c.err;
     EXPECT_EQ(c.code == 2 ? r.err.substr(0, err.size()) : r.err, err) << c.args;
   }
 }
@@ -184,6 +183,42 @@ TEST(Tsrt, OnErrorResumeNextKeepsEachFailureInErrForTheStatementsAfterIt) {
     EXPECT_EQ(r.out, c.out) << c.args;
     EXPECT_EQ(r.err, c.err) << c.args;
   }
+}
+
+// The same statements typed as a script and given to `tsrt call`: the same output, the
+// same errors, the same status.
+TEST(Tsrt, APipedScriptGivesWhatCallGives) {
+  const struct {
+    const char* call;
+    const char* script;  // after "Set o = New CLASS"
+  } rows[] = {
+      {R"(clsZKString Filter '"a-b-c"' '"-"' SelStart:=4)", R"(? o.Filter("a-b-c", "-", SelStart:=4))"},
+      {R"(clsZKArray SortBubble 'Array(-1 To 0: "b", "a") As String')",
+       R"(? o.SortBubble(Array(-1 To 0: "b", "a") As String))"},
+      {"clsZKRunTimeLib Language = xcZKLANG_ENG : Language : GetObjString",
+       "o.Language = xcZKLANG_ENG : ? o.Language : ? o.GetObjString"},
+      {"clsZKMem HiWord '&H12345678' : LoWord '&HFFFF&'", "? o.HiWord(&H12345678) : ? o.LoWord(&HFFFF&)"},
+      {R"(clsTSErrors On Error Resume Next : Nope : AddAsError Err : GetAsText '"> "')",
+       "On Error Resume Next : o.Nope : o.AddAsError Err : ? o.GetAsText(\"> \")"},
+      {"clsZKRunTimeLib Language : Nope", "? o.Language : o.Nope"},
+  };
+  for (const auto& r : rows) {
+    const std::string call = r.call;
+    const std::string script = "Set o = New " + call.substr(0, call.find(' ')) + "\n" + r.script;
+    const Outcome by_call = RunTsrt("call " + call);
+    const Outcome by_script = RunTsrt("", "printf '%s\\n' '" + script + "' | ");
+    EXPECT_EQ(by_script.out, by_call.out) << r.script;
+    EXPECT_EQ(by_script.err, by_call.err) << r.script;
+    EXPECT_EQ(by_script.code, by_call.code) << r.script;
+  }
+  const Outcome empty = RunTsrt("repl </dev/null");
+  EXPECT_EQ(empty.code, 0);
+  EXPECT_EQ(empty.out + empty.err, "") << "no prompt, nothing printed";
+  const Outcome unread = RunTsrt("", "printf '? 1\\n? (\\n? 2\\n' | ");
+  EXPECT_EQ(unread.code, 1);
+  EXPECT_EQ(unread.out, "1\n2\n");
+  EXPECT_EQ(unread.err, "tsrt: line 2: expected a literal at column 4\n");
+  EXPECT_EQ(RunTsrt("repl more").code, 2);
 }
 
 // The report in a KOI8-R terminal: the locale is built for the test, the expected bytes

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "help.h"
+#include "immediate.h"
 #include "literal_parser.h"
 #include "literal_printer.h"
 #include "python_path.h"
@@ -14,6 +15,7 @@
 #include "tsruntime/registry_file.h"
 #include "tsruntime/automation/err_object.h"
 #include "type_listing.h"
+#include "written_back.h"
 
 namespace tsrt {
 namespace {
@@ -120,11 +122,7 @@ void Execute(tsruntime::Object& object, Statement& s, std::ostream& out) {
   if (s.kind == InvokeKind::kCall && m.returnType != tsruntime::VarType::kEmpty) {
     out << PrintLiteral(done.result, m.returnType) << '\n';
   }
-  for (size_t k = 0; k < m.params.size(); ++k) {
-    if (!m.params[k].writesBack || done.origin[k] < 0) continue;
-    out << ToUtf8(m.params[k].name) << " = " << PrintLiteral(done.params[k], m.params[k].type)
-        << '\n';
-  }
+  out << WrittenBackLines(done);
 }
 
 // Arguments are all read before the object exists, so a misspelt literal never
@@ -195,7 +193,6 @@ void RegistryCommand(Words args) {
 }
 
 int Dispatch(const std::vector<std::string>& words, std::ostream& out) {
-  if (words.empty()) throw UsageError("no command given");
   const std::string& command = words[0];
   const Words args = Words(words).subspan(1);
   if (command == "--help" || command == "-h" || command == "help") {
@@ -240,6 +237,10 @@ int Dispatch(const std::vector<std::string>& words, std::ostream& out) {
 
 int Run(const std::vector<std::string>& words, std::ostream& out, std::ostream& err) {
   try {
+    if (words.empty() || words[0] == "repl") {
+      if (words.size() > 1) throw UsageError("wrong number of words after repl");
+      return RunImmediate(out, err);
+    }
     return Dispatch(words, out);
   } catch (const UsageError& e) {
     out.flush();

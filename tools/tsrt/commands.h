@@ -17,7 +17,8 @@ enum ExitCode : int {
   kMisused = 2,  // a bad command line or argument literal: a message and the usage
 };
 
-// Runs the command in `words` (the command line without the program name).
+// Runs the command in `words` (the command line without the program name); none, or
+// "repl", starts the interactive session on standard input (immediate.h).
 int Run(const std::vector<std::string>& words, std::ostream& out, std::ostream& err);
 
 }  // namespace tsrt

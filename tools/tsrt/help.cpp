@@ -3,7 +3,8 @@
 namespace tsrt {
 
 const char kUsage[] =
-    "usage: tsrt classes\n"
+    "usage: tsrt [repl]\n"
+    "       tsrt classes\n"
     "       tsrt members CLASS\n"
     "       tsrt enums [NAME]\n"
     "       tsrt call CLASS MEMBER [ARG ...] [: MEMBER [ARG ...] [= VALUE] ...]\n"
@@ -14,7 +15,8 @@ const char kUsage[] =
 const char kHelp[] =
     "tsrt: the command-line host of TSRuntimeLib.\n"
     "\n"
-    "usage: tsrt classes\n"
+    "usage: tsrt [repl]\n"
+    "       tsrt classes\n"
     "       tsrt members CLASS\n"
     "       tsrt enums [NAME]\n"
     "       tsrt call CLASS MEMBER [ARG ...] [: MEMBER [ARG ...] [= VALUE] ...]\n"
@@ -23,6 +25,12 @@ const char kHelp[] =
     "       tsrt --help | --version | --python-path\n"
     "\n"
     "Commands\n"
+    "  repl      (or no command) an interactive session in the host language's syntax:\n"
+    "            Set s = CreateObject(\"TSRuntimeLib.clsZKString\"), ? s.InWords(5@),\n"
+    "            x = s.Filter(\"a-b\", \"-\", SelStart:=2), On Error Resume Next,\n"
+    "            ? Err.Number, ? clsZKString (its declaration). Values print as literals,\n"
+    "            then each written-back argument; Tab completes names. Piped input runs\n"
+    "            as a script: no prompt, status 1 when a statement failed.\n"
     "  classes   every registered class with its ProgID TSRuntimeLib.<Class>;\n"
     "            \"(not creatable)\" marks those that hosts receive but cannot create.\n"
     "  members   the class's members as a type-library viewer shows them. Written-back\n"
@@ -62,6 +70,10 @@ const char kHelp[] =
     "  #2024-03-05 14:07:09#  #2024-03-05#  #14:07:09#   Date\n"
     "  True  False  Null  Empty  Nothing  Missing\n"
     "  CVErr(n)            an Error value with code n\n"
+    "  &HFF  &O17  &H8000& hexadecimal and octal: an Integer up to 16 bits (&H8000 is\n"
+    "                      -32768), else a Long; & makes it a Long (32768), % an Integer\n"
+    "  HKEY_CURRENT_USER   a public enumeration's member (a Long), also written\n"
+    "                      xeREGISTRY_HKEY.HKEY_CURRENT_USER; tsrt enums lists them\n"
     "  CBool CByte CInt CLng CSng CDbl CCur CDec CDate (literal)\n"
     "                      the literal converted as the host runtime converts it;\n"
     "                      text inside is read with '.' as the decimal point, and\n"

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "nearest_name.h"
+#include "text_cursor.h"
 #include "tsruntime/automation/codepage.h"
 #include "tsruntime/automation/convert.h"
 
@@ -29,11 +31,6 @@ using tsruntime::VarType;
 // the stack.
 constexpr int kMaxDepth = 64;
 constexpr size_t kMaxDimensions = 60;
-
-bool IsLetter(char16_t c) { return (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z'); }
-bool IsDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
-bool IsWordChar(char16_t c) { return IsLetter(c) || IsDigit(c) || c == u'_'; }
-bool Is(StringView word, StringView keyword) { return tsruntime::EqualsAsciiNoCase(word, keyword); }
 
 struct TextConstant {
   StringView name;
@@ -80,46 +77,52 @@ bool IsTextWord(StringView word) {
   return false;
 }
 
-class Parser {
+const tsruntime::EnumInfo* EnumNamed(StringView name) {
+  for (const tsruntime::EnumInfo* e : tsruntime::RegisteredEnums()) {
+    if (Is(e->name, name)) return e;
+  }
+  return nullptr;
+}
+
+std::optional<int32_t> EnumMemberNamed(StringView name) {
+  for (const tsruntime::EnumInfo* e : tsruntime::RegisteredEnums()) {
+    for (const auto& [member, value] : e->members) {
+      if (Is(member, name)) return value;
+    }
+  }
+  return std::nullopt;
+}
+
+constexpr StringView kKeywords[] = {u"True", u"False", u"Null",  u"Empty", u"Nothing",
+                                    u"Missing", u"Array", u"CVErr", u"ChrW", u"Chr"};
+
+// The literal word nearest to a mistyped one.
+std::optional<std::string> NearestLiteralWord(StringView typed) {
+  NearestName near(typed);
+  for (const String& w : LiteralWords()) near.Consider(w);
+  return near.Best();
+}
+
+class Parser : public TextCursor {
  public:
-  Parser(StringView text, size_t start) : s_(text), i_(start) {}
+  Parser(StringView text, size_t start) : TextCursor(text, start) {}
 
   Variant Whole() {
     Variant v = Value();
     Spaces();
+    if (Peek() == u'&' && !IsRadixStart(1)) {
+      ++i_;
+      Spaces();
+      Fail("only quoted text, ChrW(n), Chr(n) and vb text constants join with '&'");
+    }
     if (!AtEnd()) Fail("unexpected text after the literal");
     return v;
   }
 
+  // One literal from the current position on, which is left just past it.
+  Variant Next() { return Value(); }
+
  private:
-  [[noreturn]] void Fail(const std::string& what) const { FailAt(what, i_); }
-  [[noreturn]] void FailAt(const std::string& what, size_t at) const {
-    throw LiteralError(what + " at column " + std::to_string(at + 1));
-  }
-
-  bool AtEnd() const { return i_ >= s_.size(); }
-  char16_t Peek(size_t ahead = 0) const {
-    return i_ + ahead < s_.size() ? s_[i_ + ahead] : char16_t{0};
-  }
-  void Spaces() {
-    while (!AtEnd() && (s_[i_] == u' ' || s_[i_] == u'\t')) ++i_;
-  }
-  void Expect(char16_t c, const char* what) {
-    Spaces();
-    if (AtEnd() || s_[i_] != c) Fail(std::string("expected ") + what);
-    ++i_;
-  }
-  StringView PeekWord() const {
-    size_t j = i_;
-    while (j < s_.size() && IsWordChar(s_[j])) ++j;
-    return s_.substr(i_, j - i_);
-  }
-  StringView Word() {
-    const StringView w = PeekWord();
-    i_ += w.size();
-    return w;
-  }
-
   Variant Value() {
     Spaces();
     if (++depth_ > kMaxDepth) Fail("literal nested too deeply");
@@ -134,6 +137,7 @@ class Parser {
     if (c == u'"') return Text();
     if (c == u'#') return DateLiteral();
     if (c == u'-' || c == u'.' || IsDigit(c)) return Number();
+    if (c == u'&' && IsRadixStart(1)) return RadixLiteral();
     if (IsLetter(c)) return WordLiteral();
     if (c == u'<') Fail("objects cannot be written as literals");
     Fail("unexpected character '" + tsruntime::ToUtf8(s_.substr(i_, 1)) + "'");
@@ -160,11 +164,33 @@ class Parser {
     for (const Conversion& c : kConversions) {
       if (Is(w, c.name)) return Convert(c);
     }
-    FailAt("unknown word '" + tsruntime::ToUtf8(w) + "' (text goes in double quotes)", start);
+    if (auto member = EnumMember(w)) return Variant(*member);
+    const auto near = NearestLiteralWord(w);
+    throw LiteralError("unknown word '" + tsruntime::ToUtf8(w) +
+                       "' (text goes in double quotes) at column " + std::to_string(start + 1) +
+                       (near ? "; did you mean " + *near + "?" : ""));
+  }
+
+  // A public enumeration's member, by its name or as Enumeration.Member.
+  std::optional<int32_t> EnumMember(StringView w) {
+    if (Peek() == u'.') {
+      const tsruntime::EnumInfo* e = EnumNamed(w);
+      if (!e) return std::nullopt;
+      ++i_;
+      const size_t at = i_;
+      const StringView name = Word();
+      for (const auto& [member, value] : e->members) {
+        if (Is(member, name)) return value;
+      }
+      FailAt("no member '" + tsruntime::ToUtf8(name) + "' in " + tsruntime::ToUtf8(e->name), at);
+    }
+    return EnumMemberNamed(w);
   }
 
   // --- Text -------------------------------------------------------------------------
 
+  // Pieces joined by '&'; an '&' before anything but a text piece is left for whoever
+  // reads on (an expression around the literal).
   Variant Text() {
     String out;
     TextPiece(out);
@@ -177,6 +203,10 @@ class Parser {
       }
       ++i_;
       Spaces();
+      if (Peek() != u'"' && !IsTextWord(PeekWord())) {
+        i_ = save;
+        break;
+      }
       TextPiece(out);
     }
     return Variant(std::move(out));
@@ -282,6 +312,44 @@ class Parser {
       if (n >= INT32_MIN && n <= INT32_MAX) return Variant(static_cast<int32_t>(n));
     }
     return Variant(Floating<double>(text, "Double", start));
+  }
+
+  bool IsRadixStart(size_t ahead) const {
+    const char16_t c = Peek(ahead);
+    return c == u'H' || c == u'h' || c == u'O' || c == u'o';
+  }
+
+  // &Hdigits or &Odigits with an optional suffix: without one an Integer when the value
+  // fits in 16 bits, else a Long when it fits in 32, the top bit the sign (&H8000 is
+  // -32768, &H8000& is 32768).
+  Variant RadixLiteral() {
+    const size_t start = i_;
+    i_ += 1;
+    const int radix = (Peek() == u'H' || Peek() == u'h') ? 16 : 8;
+    ++i_;
+    uint64_t value = 0;
+    size_t digits = 0;
+    for (;; ++i_, ++digits) {
+      const char16_t c = Peek();
+      int d = 16;
+      if (IsDigit(c)) d = c - u'0';
+      else if (c >= u'A' && c <= u'F') d = c - u'A' + 10;
+      else if (c >= u'a' && c <= u'f') d = c - u'a' + 10;
+      if (d >= radix) break;
+      value = std::min<uint64_t>(value * radix + static_cast<uint64_t>(d), uint64_t{1} << 33);
+    }
+    if (digits == 0) Fail(radix == 16 ? "expected hexadecimal digits" : "expected octal digits");
+    const char16_t suffix = Peek();
+    if (suffix == u'%' || (suffix != u'&' && value <= 0xFFFF)) {
+      if (suffix == u'%') ++i_;
+      if (value > 0xFFFF) FailAt("out of range for Integer", start);
+      if (IsWordChar(Peek())) Fail("unexpected character after the number");
+      return Variant(static_cast<int16_t>(static_cast<uint16_t>(value)));
+    }
+    if (suffix == u'&') ++i_;
+    if (value > 0xFFFFFFFF) FailAt("out of range for Long", start);
+    if (IsWordChar(Peek())) Fail("unexpected character after the number");
+    return Variant(static_cast<int32_t>(static_cast<uint32_t>(value)));
   }
 
   size_t Digits(std::string& text) {
@@ -448,6 +516,9 @@ class Parser {
       default:
         break;
     }
+    // Hexadecimal and octal text takes the target's range, as the runtime reads it.
+    const size_t first = text.find_first_not_of(u" \t");
+    if (first != String::npos && text[first] == u'&') return tsruntime::ChangeType(Variant(text), c.type);
     Variant number;
     try {
       number = Parser(text, 0).Whole();
@@ -589,12 +660,41 @@ class Parser {
     return array;
   }
 
-  StringView s_;
-  size_t i_;
   int depth_ = 0;
 };
 
 }  // namespace
+
+std::vector<String> LiteralWords() {
+  std::vector<String> words(std::begin(kKeywords), std::end(kKeywords));
+  for (const TextConstant& c : kTextConstants) words.emplace_back(c.name);
+  for (const Conversion& c : kConversions) words.emplace_back(c.name);
+  for (const tsruntime::EnumInfo* e : tsruntime::RegisteredEnums()) {
+    for (const auto& member : e->members) words.push_back(member.first);
+  }
+  return words;
+}
+
+bool IsLiteralWord(StringView word) {
+  for (const String& w : LiteralWords()) {
+    if (Is(w, word)) return true;
+  }
+  return false;
+}
+
+std::optional<VarType> ConversionNamed(StringView word) {
+  for (const Conversion& c : kConversions) {
+    if (Is(word, c.name)) return c.type;
+  }
+  return std::nullopt;
+}
+
+Variant ParseLiteralAt(StringView text, size_t& at) {
+  Parser p(text, at);
+  Variant v = p.Next();
+  at = p.position();
+  return v;
+}
 
 Variant ParseLiteral(std::string_view text) {
   const String s = tsruntime::FromUtf8(text);

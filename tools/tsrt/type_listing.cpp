@@ -80,21 +80,23 @@ std::string DeclareMember(const tsruntime::MemberInfo& m) {
   return s;
 }
 
+std::string DescribeMember(const tsruntime::ClassInfo& info, const tsruntime::MemberInfo& m) {
+  std::string out = DeclareMember(m);
+  if (!info.defaultMember.empty() && tsruntime::EqualsAsciiNoCase(m.name, info.defaultMember)) {
+    out += "  ' default member";
+  }
+  if (m.kind == MemberKind::kMethod && tsruntime::EqualsAsciiNoCase(m.name, u"NewEnum")) {
+    out += "  ' the enumerator For Each uses";
+  }
+  return out;
+}
+
 std::string DescribeClass(const tsruntime::ClassInfo& info) {
   std::string out = "Class " + ToUtf8(info.name) + "  ' " + ToUtf8(info.progId());
   if (!info.creatable) out += ", not creatable";
   if (info.enumerable()) out += ", enumerable with For Each";
   out += '\n';
-  for (const tsruntime::MemberInfo& m : info.members) {
-    out += "  " + DeclareMember(m);
-    if (!info.defaultMember.empty() && tsruntime::EqualsAsciiNoCase(m.name, info.defaultMember)) {
-      out += "  ' default member";
-    }
-    if (m.kind == MemberKind::kMethod && tsruntime::EqualsAsciiNoCase(m.name, u"NewEnum")) {
-      out += "  ' the enumerator For Each uses";
-    }
-    out += '\n';
-  }
+  for (const tsruntime::MemberInfo& m : info.members) out += "  " + DescribeMember(info, m) + '\n';
   for (const tsruntime::EventInfo& e : info.events) {
     out += "  Event " + ToUtf8(e.name) + DeclareParams(e.params) + '\n';
   }

@@ -25,6 +25,11 @@ std::string ListClasses(const std::vector<const tsruntime::ClassInfo*>& classes)
 // "Function Find(ByVal Text As String, [ByVal Start As Long = 1]) As Long".
 std::string DeclareMember(const tsruntime::MemberInfo& member);
 
+// A member's line in the class block, without its indent: the declaration, then
+// "' default member" or "' the enumerator For Each uses" where they apply. Everything a
+// listing shows about one member is put together here.
+std::string DescribeMember(const tsruntime::ClassInfo& info, const tsruntime::MemberInfo& member);
+
 // The class block: members in their registered order, then events.
 std::string DescribeClass(const tsruntime::ClassInfo& info);
 

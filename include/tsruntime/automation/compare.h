@@ -44,8 +44,9 @@ char16_t TextFold(char16_t ch);
 std::string TextSortKey(StringView text);
 
 // The host runtime's comparison of two Variants (numbers numerically, strings by
-// `mode`, a number below a string, Empty as 0 or ""). Raises type mismatch (13) for
-// values that cannot be compared; Null cannot be ordered (invalid use of Null, 94).
+// `mode`, a number below a string, Empty as 0 or "", an object as its default member,
+// see `DefaultValue`). Raises type mismatch (13) for values that cannot be compared;
+// Null cannot be ordered (invalid use of Null, 94).
 int CompareVariants(const Variant& a, const Variant& b, int32_t mode = vbBinaryCompare);
 
 // The host runtime's `=` on two Variants: False for values that cannot be compared,

@@ -1,0 +1,113 @@
+// The interactive session run as a script: statements, printing, written-back arguments,
+// errors and On Error Resume Next, declarations, "did you mean" and the host runtime's
+// conversions as a user meets them at the prompt.
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "commands.h"
+#include "immediate.h"
+#include "tsruntime/automation/locale.h"
+
+namespace tsrt {
+namespace {
+
+struct Ran {
+  int status;
+  std::string out, err;
+};
+
+Ran Script(const std::string& text) {
+  std::istringstream in(text);
+  std::ostringstream out, err;
+  const int status = RunImmediateScript(in, out, err);
+  return {status, out.str(), err.str()};
+}
+
+const std::string k438 = "Error 438 (ZKRuntimeLib): Object doesn't support this property or method\n";
+
+// Each script starts with a clsZKString in s and a clsTSError in e whose Description is D.
+TEST(ImmediateSession, RunsStatementsAsTheHostLanguageDoes) {
+  tsruntime::ScopedLocale russian("ru_RU");
+  const std::string setup =
+      "Set s = CreateObject(\"TSRuntimeLib.clsZKString\") : Set e = New clsTSError\n"
+      "e.Description = \"D\"\n";
+  const struct {
+    const char* script;
+    const char* out;
+    std::string err = "";
+  } rows[] = {
+      {"? s.InstrRight(\"a.b.c\", \".\", CompareType:=1)", "4\n"},
+      {"? s.InWords(1234.56@)", "\"одна тысяча двести тридцать четыре рубля 56 копеек\"\n"},
+      // results print as `tsrt call` prints them, then each argument written back
+      {"x = s.Filter(\"a-b-c\", \"-\", SelStart:=4)\n? x", "SelStart = 2\n\"abc\"\n"},
+      {"? s.Filter(\"a-b-c\", \"-\", SelStart:=4), 5", "\"abc\"\t5\nSelStart = 2\n"},
+      // a variable passed where the member writes back takes what it wrote
+      {"p = 4 : s.Filter \"a-b-c\", \"-\", , , p : ? p; TypeName(p)",
+       "SelStart = 2\n2& \"Long\"\n"},
+      {"p = 4 : s.Filter \"a-b-c\", \"-\", , , (p) : ? p", "SelStart = 2\n4\n"},
+      {"? xcZKLANG_ENG, xeZK_INTERFACE_LANGUAGE.xcZKLANG_ENG, &H8000, &H8000&, &O17",
+       "1&\t1&\t-32768\t32768\t15\n"},
+      {"y = \"&HF060\" : ? CLng(\"&HF060\"), CInt(\"&HF060\"), CLng(y), CByte(255)",
+       "61536\t-4000\t61536\tCByte(255)\n"},
+      // objects where a value is expected: the default member
+      {"Set errs = New clsTSErrors : errs.Add e, 5 : ? errs.GetAsText(Prefix:=e)",
+       "\"D[5] D\" & vbCrLf\n"},
+      {"x = e : ? x & \"!\", e = \"D\", e > \"E\", TypeName(x)", "\"D!\"\tTrue\tFalse\t\"String\"\n"},
+      {"Set f = New clsTSError : f.Description = e : ? f.Description, f Is e, e Is e",
+       "\"D\"\tFalse\tTrue\n"},
+      {"? Null & Null, Null = 1, 1.5 & \"\"", "Null\tNull\t\"1,5\"\n"},
+      // the default member, array elements, an index before the assigned value
+      {"Set errs = New clsTSErrors : errs.Add \"a\" : ? errs(0).Description, errs(0)",
+       "\"a\"\t<Object clsTSError>\n"},
+      {"a = s.ArraySplit(s.ArrayJoin(Array(\"x\", \"y\") As String)) : a(0) = \"z\" : ? a(0); a(1)",
+       "\"z\" \"y\"\n"},
+      {"Set d = New clsZKDictionary : d.Add \"k\", 5& : d.Data(\"k\") = 7 : ? d(\"k\")", "7\n"},
+      // declarations, as tsrt members and tsrt enums list them
+      {"? clsTSError.Description",
+       "Property Get Description() As String  ' default member\n"
+       "Property Let Description(ByVal RHS As String)  ' default member\n"},
+      {"? xeZK_INTERFACE_LANGUAGE",
+       "Enum xeZK_INTERFACE_LANGUAGE\n  xcZKLANG_RUS = 0\n  xcZKLANG_ENG = 1\nEnd Enum\n"},
+      {"? TSRuntimeLib.clsZKRunTimeLib.Init", "Function Init() As Boolean\n"},
+      {"clsTSError = 5 : ? clsTSError", "5\n"},  // a variable of that name wins
+      // errors: printed as tsrt call prints them; On Error Resume Next keeps them in Err
+      {"On Error Resume Next : ? s.Nope : ? Err.Number : Err.Clear : ? Err.Number", "438\n0\n"},
+      {"On Error Resume Next : s.Nope : On Error GoTo 0 : ? Err.Number : s.Nope", "0\n", k438},
+      {"Set errs = New clsTSErrors : On Error Resume Next : Nope.Nope\n", "",
+       "tsrt: line 3: unknown name Nope at column 53\n"},
+      {"On Error Resume Next : s.Nope : errs = 1 : Set errs = New clsTSErrors\n"
+       "errs.AddAsError Err : ? errs.GetAsText",
+       "\"[438] Object doesn't support this property or method\" & vbCrLf\n"},
+      {"? s.InWrds(5@)", "", k438 + "did you mean InWords?\n"},
+      {"? s.Filter(\"a\", \"-\", SelStrt:=1)", "",
+       "Error 448 (ZKRuntimeLib): Named argument not found\ndid you mean SelStart?\n"},
+      {"Set t = CreateObject(\"TSRuntimeLib.clsZKStrng\")", "",
+       "Error 429 (ZKRuntimeLib): ActiveX component can't create object\n"
+       "did you mean TSRuntimeLib.clsZKString?\n"},
+      {"? ss.Trim(\"x\")", "", "tsrt: line 3: unknown name ss at column 3; did you mean s?\n"},
+      {"? HKEY_CURENT_USER", "",
+       "tsrt: line 3: unknown name HKEY_CURENT_USER at column 3; did you mean HKEY_CURRENT_USER?\n"},
+      {"? clsZKString.InWrds", "",
+       "tsrt: line 3: clsZKString has no member InWrds at column 15; did you mean InWords?\n"},
+      {"x = s", "", k438}, {"Set y = 5", "", "Error 424 (ZKRuntimeLib): Object required\n"},
+      {"Set n = Nothing : ? n & \"\"", "",
+       "Error 91 (ZKRuntimeLib): Object variable or With block variable not set\n"},
+      {"? s.ConvMKI(40000)", "", "Error 6 (ZKRuntimeLib): Overflow\n"},
+      {"? (1", "", "tsrt: line 3: expected ')' at column 5\n"},
+      {"Err = 1", "", "tsrt: line 3: Err cannot be assigned at column 1\n"},
+      {"xcZKLANG_ENG = 1", "", "tsrt: line 3: cannot assign to xcZKLANG_ENG at column 1\n"},
+      {"x", "", "tsrt: line 3: expected a statement (? prints a value) at column 1\n"},
+      // a failed line stops that line, not the script; Exit ends it
+      {"? s.Nope : ? 1\n? 2 ' a comment\nExit\n? 3", "2\n", k438},
+  };
+  for (const auto& r : rows) {
+    const Ran got = Script(setup + r.script);
+    EXPECT_EQ(got.out, r.out) << r.script;
+    EXPECT_EQ(got.err, r.err) << r.script;
+    EXPECT_EQ(got.status, r.err.empty() ? kSucceeded : kFailed) << r.script;
+  }
+}
+
+}  // namespace
+}  // namespace tsrt
