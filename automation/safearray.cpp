@@ -70,7 +70,7 @@ SafeArray SafeArray::FromBytes(std::span<const uint8_t> bytes, int32_t lower) {
   return a;
 }
 
-SafeArray SafeArray::FromBytes(std::vector<uint8_t>&& bytes, int32_t lower) {
+SafeArray SafeArray::TakeBytes(std::vector<uint8_t>&& bytes, int32_t lower) {
   SafeArray a(VarType::kByte);
   a.dims_ = {Span(lower, bytes.size())};
   a.bytes_ = std::move(bytes);

@@ -28,7 +28,7 @@ bool clsZKFileSystem::BinaryRead(const String& FileFullName, SafeArray& DataArra
   try {
     std::vector<uint8_t> bytes;
     if (!file.ReadAll(bytes)) return false;
-    DataArrayBuf = SafeArray::FromBytes(std::move(bytes));
+    DataArrayBuf = SafeArray::TakeBytes(std::move(bytes));
     return true;
   } catch (const std::bad_alloc&) {
     return false;

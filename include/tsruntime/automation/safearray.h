@@ -40,7 +40,7 @@ class SafeArray {
   static SafeArray FromStrings(const std::vector<String>& items, int32_t lower = 0);
   static SafeArray FromBytes(std::span<const uint8_t> bytes, int32_t lower = 0);
   // The same, taking the bytes over instead of copying them.
-  static SafeArray FromBytes(std::vector<uint8_t>&& bytes, int32_t lower = 0);
+  static SafeArray TakeBytes(std::vector<uint8_t>&& bytes, int32_t lower = 0);
   static SafeArray FromVariants(std::vector<Variant> items, int32_t lower = 0);
 
   VarType elementType() const { return element_; }
