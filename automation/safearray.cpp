@@ -70,13 +70,6 @@ SafeArray SafeArray::FromBytes(std::span<const uint8_t> bytes, int32_t lower) {
   return a;
 }
 
-SafeArray SafeArray::TakeBytes(std::vector<uint8_t>&& bytes, int32_t lower) {
-  SafeArray a(VarType::kByte);
-  a.dims_ = {Span(lower, bytes.size())};
-  a.bytes_ = std::move(bytes);
-  return a;
-}
-
 SafeArray SafeArray::FromVariants(std::vector<Variant> items, int32_t lower) {
   SafeArray a(VarType::kVariant);
   a.dims_ = {Span(lower, items.size())};

@@ -28,7 +28,12 @@ bool clsZKFileSystem::BinaryRead(const String& FileFullName, SafeArray& DataArra
   try {
     std::vector<uint8_t> bytes;
     if (!file.ReadAll(bytes)) return false;
-    DataArrayBuf = SafeArray::TakeBytes(std::move(bytes));
+    // The bytes go in as they are: bounds given to storage that already holds them
+    // fill nothing.
+    SafeArray content(VarType::kByte);
+    content.bytes() = std::move(bytes);
+    content.RedimPreserve(static_cast<int32_t>(file.size() - 1));
+    DataArrayBuf = std::move(content);
     return true;
   } catch (const std::bad_alloc&) {
     return false;

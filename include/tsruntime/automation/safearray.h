@@ -39,8 +39,6 @@ class SafeArray {
   // whose upper bound INT32_MIN - 1 no array can hold.
   static SafeArray FromStrings(const std::vector<String>& items, int32_t lower = 0);
   static SafeArray FromBytes(std::span<const uint8_t> bytes, int32_t lower = 0);
-  // The same, taking the bytes over instead of copying them.
-  static SafeArray TakeBytes(std::vector<uint8_t>&& bytes, int32_t lower = 0);
   static SafeArray FromVariants(std::vector<Variant> items, int32_t lower = 0);
 
   VarType elementType() const { return element_; }
