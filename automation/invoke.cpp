@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -30,10 +31,16 @@ const MemberInfo* ResolveMember(const ClassInfo& c, StringView name, InvokeKind 
 
 namespace {
 
-Invocation Call(Object& object, const MemberInfo& m, std::vector<Argument>& args) {
+// Parameters a call binds without a heap allocation for their origins.
+constexpr size_t kInlineParams = 16;
+
+// Binds `args` to the parameters of `m`: `bound` receives each parameter's value in
+// parameter order (its default when left out), `origin` the index of the argument that
+// filled it, or -1.
+void Bind(const MemberInfo& m, const std::vector<Argument>& args, std::vector<Variant>& bound,
+          int* origin) {
   const size_t n = m.params.size();
-  std::vector<Variant> bound(n, Variant::Missing());
-  std::vector<int> origin(n, -1);
+  std::fill(origin, origin + n, -1);
 
   // A let or set takes the assigned value from its last positional argument, so that
   // `obj.Tag = v` reaches the value parameter even when an optional index comes first.
@@ -68,45 +75,75 @@ Invocation Call(Object& object, const MemberInfo& m, std::vector<Argument>& args
     }
     // The same parameter twice, by name or by a position a name already took.
     if (origin[k] >= 0) RaiseRuntime(RuntimeError::kNamedArgumentNotFound);
-    bound[k] = a.value;
     origin[k] = static_cast<int>(i);
   }
+  // Each value is copied once, straight into its place.
+  bound.clear();
+  bound.reserve(n);
   for (size_t k = 0; k < n; ++k) {
-    if (!bound[k].isMissing()) continue;
-    if (!m.params[k].optional) RaiseRuntime(RuntimeError::kArgumentNotOptional);
-    bound[k] = m.params[k].defaultValue;
-    origin[k] = -1;  // left out: there is no caller's variable to write back to
+    const Variant* value = origin[k] >= 0 ? &args[static_cast<size_t>(origin[k])].value : nullptr;
+    if (!value || value->isMissing()) {
+      if (!m.params[k].optional) RaiseRuntime(RuntimeError::kArgumentNotOptional);
+      value = &m.params[k].defaultValue;
+      origin[k] = -1;  // left out: there is no caller's variable to write back to
+    }
+    bound.emplace_back(*value);
   }
+}
 
-  Invocation done{&m, Variant(), {}, std::move(origin)};
+Variant CallBound(Object& object, const MemberInfo& m, std::vector<Variant>& bound) {
   try {
-    done.result = m.call(object, bound);
+    return m.call(object, bound);
   } catch (const std::bad_alloc&) {
     RaiseRuntime(RuntimeError::kOutOfMemory);
   } catch (const std::length_error&) {
     RaiseRuntime(RuntimeError::kOutOfMemory);
   }
-  for (size_t k = 0; k < n; ++k) {
-    if (m.params[k].writesBack && done.origin[k] >= 0) args[done.origin[k]].value = bound[k];
-  }
-  done.params = std::move(bound);
-  return done;
+}
+
+const MemberInfo& Resolved(Object& object, StringView member, InvokeKind kind,
+                           const std::vector<Argument>& args) {
+  const MemberInfo* m = ResolveMember(object.classInfo(), member, kind, args);
+  if (!m) RaiseRuntime(RuntimeError::kNotSupported);
+  return *m;
 }
 
 }  // namespace
 
 Invocation InvokeMember(Object& object, StringView member, InvokeKind kind,
                         std::vector<Argument>& args) {
-  const MemberInfo* m = ResolveMember(object.classInfo(), member, kind, args);
-  if (!m) RaiseRuntime(RuntimeError::kNotSupported);
+  const MemberInfo& m = Resolved(object, member, kind, args);
   Ref<Object> keep_alive;  // the call may release the caller's last reference
   if (object.RefCount() > 0) keep_alive = Ref<Object>(&object);
-  return Call(object, *m, args);
+  Invocation done{&m, Variant(), {}, std::vector<int>(m.params.size())};
+  Bind(m, args, done.params, done.origin.data());
+  done.result = CallBound(object, m, done.params);
+  for (size_t k = 0; k < m.params.size(); ++k) {
+    if (m.params[k].writesBack && done.origin[k] >= 0) {
+      args[done.origin[k]].value = done.params[k];
+    }
+  }
+  return done;
 }
 
+// The same as InvokeMember without the report, which most calls do not need: the
+// origins of a few parameters stay on the stack and written-back values are moved.
 Variant Invoke(Object& object, StringView member, InvokeKind kind,
                std::vector<Argument>& args) {
-  return InvokeMember(object, member, kind, args).result;
+  const MemberInfo& m = Resolved(object, member, kind, args);
+  Ref<Object> keep_alive;
+  if (object.RefCount() > 0) keep_alive = Ref<Object>(&object);
+  const size_t n = m.params.size();
+  int inline_origin[kInlineParams];
+  std::vector<int> heap_origin(n > kInlineParams ? n : 0);
+  int* origin = n > kInlineParams ? heap_origin.data() : inline_origin;
+  std::vector<Variant> bound;
+  Bind(m, args, bound, origin);
+  Variant result = CallBound(object, m, bound);
+  for (size_t k = 0; k < n; ++k) {
+    if (m.params[k].writesBack && origin[k] >= 0) args[origin[k]].value = std::move(bound[k]);
+  }
+  return result;
 }
 
 Variant InvokeDefault(Object& object, std::vector<Argument>& args) {

@@ -128,7 +128,9 @@ bool ClassInfo::enumerable() const { return find(u"NewEnum", MemberKind::kMethod
 
 const MemberInfo* ClassInfo::find(StringView member, MemberKind kind) const {
   for (const MemberInfo& m : members) {
-    if (m.kind == kind && EqualsAsciiNoCase(m.name, member)) return &m;
+    if (m.kind == kind && m.name.size() == member.size() && EqualsAsciiNoCase(m.name, member)) {
+      return &m;
+    }
   }
   return nullptr;
 }

@@ -84,11 +84,12 @@ String FromAscii(std::string_view text) { return String(text.begin(), text.end()
 
 bool EqualsAsciiNoCase(StringView a, StringView b) {
   if (a.size() != b.size()) return false;
+  // Branch-free folding: member names are compared on every late-bound call.
+  auto lower = [](char16_t c) {
+    return static_cast<char16_t>(c + (static_cast<char16_t>(c - u'A') < 26 ? 32 : 0));
+  };
   for (size_t i = 0; i < a.size(); ++i) {
-    char16_t x = a[i], y = b[i];
-    if (x >= u'A' && x <= u'Z') x += 32;
-    if (y >= u'A' && y <= u'Z') y += 32;
-    if (x != y) return false;
+    if (lower(a[i]) != lower(b[i])) return false;
   }
   return true;
 }

@@ -206,21 +206,27 @@ Entry& EntryList::insert(size_t pos, String key, String folded, Variant value,
   owned->key = std::move(key);
   owned->text_key = std::move(text_key);
   owned->value = std::move(value);
-  if (folded != owned->key) owned->folded = std::move(folded);
+  owned->folded = std::move(folded);
   index_.add(owned.get());
   path_length_ = 0;
   if (!root_) root_ = new Leaf;
 
+  // Appending, the usual case, goes down the last child of every level.
+  const bool at_end = pos == size_;
   Node* node = root_;
   while (!node->leaf) {
     Inner* in = AsInner(node);
     int i = 0;
-    while (i < in->n - 1 && pos > in->count[i]) pos -= in->count[i++];
+    if (at_end) {
+      i = in->n - 1;
+    } else {
+      while (i < in->n - 1 && pos > in->count[i]) pos -= in->count[i++];
+    }
     ++in->count[i];
     node = in->kid[i];
   }
   Leaf* leaf = AsLeaf(node);
-  const int at = static_cast<int>(pos);
+  const int at = at_end ? leaf->n : static_cast<int>(pos);
   std::move_backward(leaf->slot + at, leaf->slot + leaf->n, leaf->slot + leaf->n + 1);
   std::move_backward(leaf->order + at, leaf->order + leaf->n, leaf->order + leaf->n + 1);
   std::move_backward(leaf->text + at, leaf->text + leaf->n, leaf->text + leaf->n + 1);
@@ -233,27 +239,39 @@ Entry& EntryList::insert(size_t pos, String key, String folded, Variant value,
   entry->leaf = leaf;
   ++leaf->n;
   ++size_;
-  if (leaf->n > kCapacity) splitLeaf(leaf);
+  if (leaf->n > kCapacity) splitLeaf(leaf, at_end);
   return *entry;
 }
 
-void EntryList::splitLeaf(Leaf* leaf) {
-  Leaf* right = new Leaf;
-  const int keep = leaf->n / 2;
-  MoveSlots(leaf, keep, leaf->n - keep, right, 0);
-  linkAfter(leaf, right, static_cast<size_t>(leaf->n), static_cast<size_t>(right->n));
+namespace {
+
+// A node split by an append keeps all it can: more appends follow, and the nodes left
+// behind stay full instead of half empty. Only the last node of a level is then below
+// the minimum, which removals put right.
+int KeepOnSplit(const Node* node, bool appending) {
+  return appending ? kCapacity : node->n / 2;
 }
 
-void EntryList::splitInner(Inner* inner) {
+}  // namespace
+
+void EntryList::splitLeaf(Leaf* leaf, bool appending) {
+  Leaf* right = new Leaf;
+  const int keep = KeepOnSplit(leaf, appending);
+  MoveSlots(leaf, keep, leaf->n - keep, right, 0);
+  linkAfter(leaf, right, static_cast<size_t>(leaf->n), static_cast<size_t>(right->n), appending);
+}
+
+void EntryList::splitInner(Inner* inner, bool appending) {
   Inner* right = new Inner;
-  const int keep = inner->n / 2;
+  const int keep = KeepOnSplit(inner, appending);
   MoveSlots(inner, keep, inner->n - keep, right, 0);
-  linkAfter(inner, right, CountUnder(inner), CountUnder(right));
+  linkAfter(inner, right, CountUnder(inner), CountUnder(right), appending);
 }
 
 // Puts `right` just after `left` under `left`'s parent (a new root when `left` was
 // the root), splitting the parent in turn when it overflows.
-void EntryList::linkAfter(Node* left, Node* right, size_t left_count, size_t right_count) {
+void EntryList::linkAfter(Node* left, Node* right, size_t left_count, size_t right_count,
+                          bool appending) {
   Inner* parent = left->parent;
   if (!parent) {
     parent = new Inner;
@@ -272,7 +290,7 @@ void EntryList::linkAfter(Node* left, Node* right, size_t left_count, size_t rig
   parent->count[j + 1] = right_count;
   right->parent = parent;
   ++parent->n;
-  if (parent->n > kCapacity) splitInner(parent);
+  if (parent->n > kCapacity) splitInner(parent, appending);
 }
 
 void EntryList::erase(Entry& entry) {

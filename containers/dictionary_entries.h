@@ -67,7 +67,7 @@ class EntryList {
   Entry* find(StringView folded) const;
 
   // Inserts a new entry before position `pos` (size() appends). `folded` is the key's
-  // case fold, and no entry may already have it. `text_key`, when not empty, is the
+  // case fold, or empty when the key folds to itself, and no entry may already have it. `text_key`, when not empty, is the
   // key's text sort key from the latest text-mode probe (MakeProbe), kept for later ones.
   Entry& insert(size_t pos, String key, String folded, Variant value,
                 std::string text_key = {});
@@ -83,9 +83,9 @@ class EntryList {
  private:
   // The leaf holding position `pos` and the position's slot in it.
   std::pair<const Leaf*, int> locate(size_t pos) const;
-  void splitLeaf(Leaf* leaf);
-  void splitInner(Inner* inner);
-  void linkAfter(Node* left, Node* right, size_t left_count, size_t right_count);
+  void splitLeaf(Leaf* leaf, bool appending);
+  void splitInner(Inner* inner, bool appending);
+  void linkAfter(Node* left, Node* right, size_t left_count, size_t right_count, bool appending);
   void rebalance(Node* node);
 
   Node* root_ = nullptr;

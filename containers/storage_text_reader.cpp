@@ -24,23 +24,28 @@ struct StorageText::Reader {
   // children to the caller.
   static ListFrame BeginNode(clsZKStorage* node, Ref<clsZKStorage> owned, StringView text) {
     ListFrame frame{node, std::move(owned), node->nodes_.get(), {}, 0, false};
-    std::vector<StringView> parts;
+    // The name, the child list and the items; any further chunks must read too.
+    StringView parts[3];
+    size_t count = 0;
     if (text.empty() || !Quietly([&] {
-          parts = packed::SplitChunks(text);
+          packed::ChunkReader reader(text);
+          for (StringView chunk; reader.Next(chunk); ++count) {
+            if (count < 3) parts[count] = chunk;
+          }
           return true;
         })) {
       return frame;
     }
     node->name_ = String(parts[0]);
     bool list_ok = true;
-    if (parts.size() > 1 && !parts[1].empty()) {
+    if (count > 1 && !parts[1].empty()) {
       list_ok = Quietly([&] {
         frame.chunks = packed::SplitChunks(parts[1]);
         return true;
       });
     }
-    const bool items_ok = parts.size() > 2 && StorageText::ReadItems(*node->items_, parts[2]);
-    frame.ok = parts.size() > 2 && list_ok && items_ok;
+    const bool items_ok = count > 2 && StorageText::ReadItems(*node->items_, parts[2]);
+    frame.ok = count > 2 && list_ok && items_ok;
     return frame;
   }
 

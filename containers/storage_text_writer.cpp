@@ -1,5 +1,4 @@
 // Writing the node and child-list levels of the storage text into one buffer.
-#include <unordered_set>
 #include <vector>
 
 #include "../text/packed_fields.h"
@@ -13,6 +12,13 @@ using packed::kChunkHeader;
 class StorageText::Writer {
  public:
   explicit Writer(String& out) : out_(out) {}
+  ~Writer() {  // also when a step ran out of memory
+    for (const Frame& f : frames_) {
+      if (f.node) f.node->being_written_ = false;
+    }
+  }
+  Writer(const Writer&) = delete;
+  Writer& operator=(const Writer&) = delete;
 
   bool Node(const clsZKStorage& node) {
     if (!BeginNode(node)) return false;
@@ -43,13 +49,13 @@ class StorageText::Writer {
   // nothing, when the node cannot be written: a list that is Nothing, or the node is
   // already being written further up (a cycle).
   bool BeginNode(const clsZKStorage& node, size_t chunk_start = 0) {
-    if (!node.nodes_ || !node.items_ || path_.count(&node) != 0) return false;
+    if (!node.nodes_ || !node.items_ || node.being_written_) return false;
     const size_t name = OpenChunk();
     out_ += node.name_;
     CloseChunk(name);
     const size_t list = OpenChunk();
-    path_.insert(&node);
     frames_.push_back({&node, node.nodes_.get(), list + kChunkHeader, 0, chunk_start});
+    node.being_written_ = true;
     return true;
   }
 
@@ -73,11 +79,11 @@ class StorageText::Writer {
       const Frame done = top;
       frames_.pop_back();
       if (!done.node) continue;
+      done.node->being_written_ = false;
       CloseChunk(done.list_start - kChunkHeader);
       const size_t items = OpenChunk();
       StorageText::AppendItems(out_, *done.node->items_);
       CloseChunk(items);
-      path_.erase(done.node);
       if (!frames_.empty()) CloseChunk(done.chunk_start);  // the node is a child
     }
   }
@@ -96,7 +102,6 @@ class StorageText::Writer {
 
   String& out_;
   std::vector<Frame> frames_;
-  std::unordered_set<const clsZKStorage*> path_;
   bool list_failed_ = false;
 };
 

@@ -5,7 +5,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <memory>
 
 #include "file_copies.h"
 #include "fs_paths.h"
@@ -132,12 +134,28 @@ WholeFileReader::~WholeFileReader() {
   if (fd_ >= 0) ::close(fd_);
 }
 
-bool WholeFileReader::ReadAll(uint8_t* to, size_t n) {
+bool WholeFileReader::ReadAll(std::vector<uint8_t>& into) {
+  // A large file goes through a buffer small enough to stay in the cache, appended to
+  // room that was reserved but never zero-filled: each byte is written once into the
+  // result, and the extra copy is from the cache.
+  constexpr size_t kPiece = size_t{256} << 10;
+  const auto n = static_cast<size_t>(size_);
+  into.clear();
+  std::unique_ptr<uint8_t[]> piece;
+  if (n > kPiece) {
+    into.reserve(n);
+    piece = std::make_unique_for_overwrite<uint8_t[]>(kPiece);
+  } else {
+    into.resize(n);
+  }
   size_t done = 0;
   while (done < n) {
-    const ssize_t got = ::pread(fd_, to + done, n - done, static_cast<off_t>(done));
+    const size_t want = std::min(kPiece, n - done);
+    uint8_t* to = piece ? piece.get() : into.data() + done;
+    const ssize_t got = ::pread(fd_, to, want, static_cast<off_t>(done));
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) return false;
+    if (piece) into.insert(into.end(), to, to + got);
     done += static_cast<size_t>(got);
   }
   return true;

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace tsruntime::fs_detail {
 
@@ -28,9 +29,9 @@ class WholeFileReader {
   bool ok() const { return fd_ >= 0; }
   // The length when it was opened.
   int64_t size() const { return size_; }
-  // Reads exactly `n` bytes from the start into `to`; False when the file ends sooner or
+  // Makes `into` hold the file's first size() bytes; False when the file ends sooner or
   // a read fails.
-  bool ReadAll(uint8_t* to, size_t n);
+  bool ReadAll(std::vector<uint8_t>& into);
 
  private:
   int fd_ = -1;

@@ -19,8 +19,13 @@ bool clsZKFileSystem::BinaryRead(const String& FileFullName, SafeArray& DataArra
   // No array has bounds 0 to -1, and none reaches 2^31 elements.
   if (!file.ok() || file.size() == 0 || file.size() > INT32_MAX) return false;
   try {
-    SafeArray content(VarType::kByte, {{0, static_cast<int32_t>(file.size() - 1)}});
-    if (!file.ReadAll(content.bytes().data(), content.bytes().size())) return false;
+    std::vector<uint8_t> bytes;
+    if (!file.ReadAll(bytes)) return false;
+    // The bytes go in as they are: bounds given to storage that already holds them
+    // fill nothing.
+    SafeArray content(VarType::kByte);
+    content.bytes() = std::move(bytes);
+    content.RedimPreserve(static_cast<int32_t>(file.size() - 1));
     DataArrayBuf = std::move(content);
     return true;
   } catch (const std::bad_alloc&) {
@@ -40,8 +45,8 @@ bool clsZKFileSystem::StringRead(String& DataBuf, const String& FileFullName) {
   // A string holds fewer than 2^31 characters.
   if (!file.ok() || file.size() > INT32_MAX) return false;
   try {
-    std::vector<uint8_t> bytes(static_cast<size_t>(file.size()));
-    if (!file.ReadAll(bytes.data(), bytes.size())) return false;
+    std::vector<uint8_t> bytes;
+    if (!file.ReadAll(bytes)) return false;
     DataBuf = AnsiToString(bytes);
     return true;
   } catch (const std::bad_alloc&) {

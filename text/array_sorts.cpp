@@ -4,8 +4,9 @@
 // collation key for text compare) and runs its algorithm on small records holding the
 // key and the row's original position; moving a record stands for moving the row. Only
 // when the algorithm has finished are the array's rows put into the order the records
-// ended in, each row moved once. The algorithms see exactly the comparisons the
-// row-by-row versions would, so rows end in the same places, including equal keys.
+// ended in, each row moved once. Rows end in the places the row-by-row versions would
+// leave them, including equal keys: selection and quick sort make the same comparisons,
+// and the bubble sort reaches its order by a shorter way (see Bubble).
 #include <algorithm>
 #include <chrono>
 #include <cstring>
@@ -179,15 +180,40 @@ void ApplyOrder(SafeArray& array, const RowLayout& layout, int32_t first,
 }
 
 // gap = n \ 2; insertion sort of every gap-th record; halve the gap.
+//
+// Powers of two as gaps leave some orders (one half of the keys interleaved with the
+// other) a quadratic last pass, so the passes are not run literally. With no two keys
+// equal only one order is sorted, and any sort finds it. Otherwise each pass is what an
+// insertion sort of each gap-th run is, a stable sort of that run, and a run longer than
+// a few records is sorted as such: equal keys end exactly where the steps leave them.
 template <class Cmp>
 void Bubble(std::vector<SortRec>& r, Cmp cmp) {
+  const auto less = [&](const SortRec& a, const SortRec& b) { return cmp(a, b) < 0; };
+  std::vector<SortRec> sorted = r;
+  std::sort(sorted.begin(), sorted.end(), less);
+  const auto equal = [&](const SortRec& a, const SortRec& b) { return cmp(a, b) == 0; };
+  if (std::adjacent_find(sorted.begin(), sorted.end(), equal) == sorted.end()) {
+    r = std::move(sorted);
+    return;
+  }
+  constexpr int64_t kShortRun = 32;
   const int64_t n = static_cast<int64_t>(r.size());
+  std::vector<SortRec>& run = sorted;
   for (int64_t gap = n / 2; gap >= 1; gap /= 2) {
-    for (int64_t i = gap; i < n; ++i) {
-      for (int64_t j = i - gap; j >= 0; j -= gap) {
-        if (cmp(r[j], r[j + gap]) < 1) break;
-        std::swap(r[j], r[j + gap]);
+    if (n / gap <= kShortRun) {
+      for (int64_t i = gap; i < n; ++i) {
+        for (int64_t j = i - gap; j >= 0; j -= gap) {
+          if (cmp(r[j], r[j + gap]) < 1) break;
+          std::swap(r[j], r[j + gap]);
+        }
       }
+      continue;
+    }
+    for (int64_t first = 0; first < gap; ++first) {
+      run.clear();
+      for (int64_t i = first; i < n; i += gap) run.push_back(r[i]);
+      std::stable_sort(run.begin(), run.end(), less);
+      for (int64_t i = first, k = 0; i < n; i += gap) r[i] = run[k++];
     }
   }
 }

@@ -1,13 +1,23 @@
 #include "tsruntime/clsZKStringConcat.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "tsruntime/automation/checked.h"
 
 namespace tsruntime {
 
+namespace {
+
+// The first piece's size, and the largest; in between each new piece is as long as the
+// text before it.
+constexpr size_t kFirstPiece = 256, kLargestPiece = size_t{1} << 20;
+
+}  // namespace
+
 void clsZKStringConcat::Clear() {
-  String().swap(text_);
+  std::vector<String>().swap(pieces_);
+  chars_used_ = 0;
   chars_allocated_ = 0;
 }
 
@@ -29,9 +39,36 @@ void clsZKStringConcat::Add(const String& strAddString) {
     chars_allocated_ = CheckedAdd(chars_allocated_, grow);
     if (needed > chars_allocated_) RaiseRuntime(RuntimeError::kInvalidCall);
   }
-  // The reported padding is never materialised: the text's own storage grows
-  // geometrically, which keeps long runs of small appends linear.
-  text_.append(strAddString);
+  // The reported padding is never materialised. The text goes into the last piece as
+  // far as it has room; a full piece is left where it is and a new one begun.
+  const size_t pieces_before = pieces_.size();
+  const size_t last_before = pieces_.empty() ? 0 : pieces_.back().size();
+  try {
+    StringView rest = strAddString;
+    while (!rest.empty()) {
+      if (pieces_.empty() || pieces_.back().size() == pieces_.back().capacity()) {
+        const size_t size =
+            std::clamp(static_cast<size_t>(chars_used_), kFirstPiece, kLargestPiece);
+        pieces_.emplace_back().reserve(size);
+      }
+      String& last = pieces_.back();
+      const size_t take = std::min(rest.size(), last.capacity() - last.size());
+      last.append(rest.substr(0, take));
+      rest.remove_prefix(take);
+    }
+  } catch (...) {  // out of memory: the text stays as it was
+    pieces_.resize(pieces_before);
+    if (pieces_before > 0) pieces_.back().resize(last_before);
+    throw;
+  }
+  chars_used_ = needed;
+}
+
+String clsZKStringConcat::GetStr() const {
+  String text;
+  text.reserve(static_cast<size_t>(chars_used_));
+  for (const String& piece : pieces_) text += piece;
+  return text;
 }
 
 TSRUNTIME_DEFINE_CLASS(clsZKStringConcat) {

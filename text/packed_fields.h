@@ -33,4 +33,18 @@ int64_t ReadField(StringView data, size_t p, size_t width);
 // past a Long.
 std::vector<StringView> SplitChunks(StringView data);
 
+// The same chunks one at a time, without collecting them.
+class ChunkReader {
+ public:
+  explicit ChunkReader(StringView data) : data_(data) {}
+  // Sets `chunk` to the next chunk and returns true, or returns false after the last.
+  // Raises as SplitChunks does.
+  bool Next(StringView& chunk);
+
+ private:
+  StringView data_;
+  int64_t p_ = 1;  // 1-based position of the next length field
+  bool any_ = false;
+};
+
 }  // namespace tsruntime::packed

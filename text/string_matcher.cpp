@@ -13,12 +13,10 @@ constexpr size_t kSmallSet = 16;
 template <bool kFold>
 size_t FindFirstIn(const Matcher& m, StringView text, size_t from) {
   const size_t n = text.size();
-  const char16_t head = m.first();
   size_t q = 0;
   for (size_t i = from; i < n; ++i) {
     if (q == 0) {
-      // Most positions cannot start an occurrence: skip them without the automaton.
-      while (i < n && (kFold ? FoldUnit(text[i]) : text[i]) != head) ++i;
+      i = m.NextStart<kFold>(text, i);
       if (i == n) break;
     }
     q = m.Step<kFold>(q, text[i]);
@@ -52,6 +50,12 @@ Matcher::Matcher(StringView pattern, int32_t mode, Direction direction)
     for (char16_t& c : pattern_) c = TextFold(c);
   }
   if (direction == Direction::kBackward) std::reverse(pattern_.begin(), pattern_.end());
+#if defined(__SSE2__)
+  const char16_t head = pattern_[0];
+  const char16_t other = fold_ && head >= u'a' && head <= u'z' ? head - 32 : head;
+  heads_[0] = _mm_set1_epi16(static_cast<short>(head));
+  heads_[1] = _mm_set1_epi16(static_cast<short>(other));
+#endif
   for (size_t i = 1, k = 0; i < pattern_.size(); ++i) {
     while (k > 0 && pattern_[i] != pattern_[k]) k = fail_[k - 1];
     if (pattern_[i] == pattern_[k]) ++k;

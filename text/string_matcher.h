@@ -9,6 +9,10 @@
 #include <cstdint>
 #include <vector>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "tsruntime/automation/compare.h"
 #include "tsruntime/automation/string.h"
 
@@ -54,8 +58,45 @@ class Matcher {
   // The first character the matcher expects in state 0, as read (folded in text mode).
   char16_t first() const { return pattern_[0]; }
 
+  // The first index at or after `i` whose character is `first()` (once folded, in text
+  // mode), or the text's length. Most positions cannot start an occurrence, so they are
+  // skipped without the automaton, eight at a time where the processor allows.
+  template <bool kFold>
+  size_t NextStart(StringView text, size_t i) const {
+    const size_t n = text.size();
+    const char16_t* p = text.data();
+    const char16_t head = pattern_[0];
+#if defined(__SSE2__)
+    // A text-mode head outside ASCII may be the fold of characters not known here.
+    if (!kFold || head < 0x80) {
+      const __m128i same = heads_[0], other = heads_[1];
+      for (; i + 8 <= n; i += 8) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
+        __m128i hit = _mm_or_si128(_mm_cmpeq_epi16(v, same), _mm_cmpeq_epi16(v, other));
+        // Beyond ASCII the fold decides, one character at a time: signed, the units from
+        // 0x80 up compare above 0x7F once their top bit is flipped.
+        if (kFold) {
+          const __m128i flip = _mm_set1_epi16(static_cast<short>(0x8000));
+          const __m128i ascii_end = _mm_set1_epi16(static_cast<short>(0x7F ^ 0x8000));
+          hit = _mm_or_si128(hit, _mm_cmpgt_epi16(_mm_xor_si128(v, flip), ascii_end));
+        }
+        for (auto mask = static_cast<unsigned>(_mm_movemask_epi8(hit)); mask != 0;
+             mask &= mask - 1, mask &= mask - 1) {  // two bits per character
+          const size_t at = i + static_cast<size_t>(__builtin_ctz(mask)) / 2;
+          if (!kFold || FoldUnit(p[at]) == head) return at;
+        }
+      }
+    }
+#endif
+    while (i < n && (kFold ? FoldUnit(p[i]) : p[i]) != head) ++i;
+    return i;
+  }
+
  private:
   String pattern_;             // folded in text mode, reversed when backward
+#if defined(__SSE2__)
+  __m128i heads_[2];  // the head, and the ASCII capital of a text-mode head, eight times
+#endif
   std::vector<uint32_t> fail_;  // fail_[i]: longest proper border of pattern_[0..i]
   bool fold_;
 };

@@ -49,24 +49,11 @@ class Output {
   String buffer_;
 };
 
-// The next index at or after `i` holding `head` (folded in text mode), or `n`.
-template <bool kFold>
-size_t SkipTo(StringView input, size_t i, char16_t head) {
-  if constexpr (!kFold) {
-    const size_t at = input.find(head, i);
-    return at == StringView::npos ? input.size() : at;
-  } else {
-    while (i < input.size() && FoldUnit(input[i]) != head) ++i;
-    return i;
-  }
-}
-
 template <bool kFold>
 String ReplaceAll(StringView input, const Matcher& search, StringView replacement,
                   bool resume_after_replacement) {
   const size_t m = search.size();
   const size_t restart = resume_after_replacement ? 0 : search.Run(replacement);
-  const char16_t head = search.first();
 
   Output out(input.size() + input.size() / 8);
   // The scan window: the replacement, not written yet, when `pending` is set, then the
@@ -77,7 +64,7 @@ String ReplaceAll(StringView input, const Matcher& search, StringView replacemen
   const size_t n = input.size();
   for (size_t i = 0; i < n; ++i) {
     if (q == 0) {
-      i = SkipTo<kFold>(input, i, head);
+      i = search.NextStart<kFold>(input, i);
       if (i == n) break;
     }
     q = search.Step<kFold>(q, input[i]);

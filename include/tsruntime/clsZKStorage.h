@@ -92,6 +92,9 @@ class clsZKStorage : public Object {
   friend class clsZKStorageNodes;
   friend struct StorageText;
 
+  // Set while the text writer is inside this node, so that a node below it that is this
+  // node again (a cycle) is refused.
+  mutable bool being_written_ = false;
   Ref<clsZKStorageNodes> nodes_;
   Ref<clsZKStorageItems> items_;
   String name_;

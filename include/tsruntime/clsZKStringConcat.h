@@ -15,9 +15,10 @@
 // block: adding 1000 characters to a new object reports 2000 allocated. An `Add` that
 // fits into the spare space reports no growth, and `Add("")` changes nothing.
 //
-// Underneath, the text is kept in storage that grows geometrically whatever `AllocSize`
-// says, so appends cost amortised constant time and a huge `AllocSize` reserves nothing
-// up front. All lengths count UTF-16 code units.
+// Underneath, the text is kept in pieces that grow geometrically whatever `AllocSize`
+// says and are never moved once written, so appends cost amortised constant time, a huge
+// `AllocSize` reserves nothing up front, and `GetStr` copies each character once. All
+// lengths count UTF-16 code units.
 //
 // Errors are the host runtime's own and nothing is caught:
 //   - overflow (6) when a counter would leave the signed 32-bit range;
@@ -29,6 +30,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "tsruntime/automation/dispatch.h"
 
@@ -42,7 +44,7 @@ class clsZKStringConcat : public Object {
   // Length of the buffer as hosts see it; moves in whole blocks (see above).
   int32_t CharsAllocated() const { return chars_allocated_; }
   // Length of the text added so far.
-  int32_t CharsUsed() const { return static_cast<int32_t>(text_.size()); }
+  int32_t CharsUsed() const { return chars_used_; }
 
   // The growth block in characters; takes effect at the next growth.
   int32_t AllocSize() const { return alloc_size_; }
@@ -58,10 +60,11 @@ class clsZKStringConcat : public Object {
   void Add(const String& strAddString);
 
   // The text added so far (the first `CharsUsed` characters; trailing spaces kept).
-  String GetStr() const { return text_; }
+  String GetStr() const;
 
  private:
-  String text_;
+  std::vector<String> pieces_;  // each filled up to the capacity it was given, the last one aside
+  int32_t chars_used_ = 0;
   int32_t chars_allocated_ = 0;
   int32_t alloc_size_ = 1000;
 };

@@ -59,6 +59,40 @@ SafeArray RandomTable(int n, uint32_t seed) {
   return Table(rows);
 }
 
+// SortBubble's steps taken literally on rows of (key, tag): the tags in the order the
+// rows must end in.
+std::vector<String> BubbleSteps(const std::vector<String>& keys, std::vector<String> tags,
+                                bool down, int32_t mode) {
+  std::vector<std::pair<String, String>> rows;
+  for (size_t i = 0; i < keys.size(); ++i) rows.emplace_back(keys[i], tags[i]);
+  const int factor = down ? -1 : 1;
+  const int64_t n = static_cast<int64_t>(rows.size());
+  for (int64_t gap = n / 2; gap >= 1; gap /= 2) {
+    for (int64_t i = gap; i < n; ++i) {
+      for (int64_t j = i - gap; j >= 0; j -= gap) {
+        if (CompareStrings(rows[j].first, rows[j + gap].first, mode) * factor < 1) break;
+        std::swap(rows[j], rows[j + gap]);
+      }
+    }
+  }
+  for (size_t i = 0; i < rows.size(); ++i) tags[i] = rows[i].second;
+  return tags;
+}
+
+TEST(ArraySort, BubbleOverManyRowsLeavesEqualKeysWhereItsStepsDo) {
+  ScopedLocale locale("ru_RU");
+  for (const int n : {70, 300, 2000}) {
+    for (const int32_t mode : {vbBinaryCompare, vbTextCompare}) {
+      for (const bool down : {false, true}) {
+        SafeArray t = RandomTable(n, static_cast<uint32_t>(n + mode));
+        const std::vector<String> expected = BubbleSteps(Column(t, 0), Column(t, 2), down, mode);
+        ASSERT_TRUE(SortRows(kBubble, t, 0, n - 1, 0, down, mode));
+        EXPECT_EQ(Column(t, 2), expected) << n << " rows, mode " << mode << ", down " << down;
+      }
+    }
+  }
+}
+
 TEST(ArraySort, EveryModeOrdersAndPermutesTablesAndLists) {
   ScopedLocale ru("ru_RU");
   const SafeArray original = RandomTable(1500, 11);
