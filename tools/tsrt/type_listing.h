@@ -1,13 +1,16 @@
 // The registered classes and enumerations as a type-library viewer shows them.
 //
 //   Class clsZKRunTimeLib  ' TSRuntimeLib.clsZKRunTimeLib
+//     ' The library's root object: ...
 //     Function Init() As Boolean
+//       ' Readies the library for use; always returns True.
 //     Property Let Language(ByVal RHS As Long)
-//     Property Get Language() As Long
+//       ' The interface language of this thread: ...
 //   End Class
 //
 // Every parameter says `ByRef` when the member writes it back to the caller and
 // `ByVal` otherwise; an optional one stands in brackets with its default as a literal.
+// A help string follows what it describes as a comment line, indented one step more.
 #pragma once
 
 #include <string>
@@ -25,10 +28,11 @@ std::string ListClasses(const std::vector<const tsruntime::ClassInfo*>& classes)
 // "Function Find(ByVal Text As String, [ByVal Start As Long = 1]) As Long".
 std::string DeclareMember(const tsruntime::MemberInfo& member);
 
-// The class block: members in their registered order, then events.
+// The class block: members in their registered order, then events, each followed by
+// its help string.
 std::string DescribeClass(const tsruntime::ClassInfo& info);
 
-// "Enum Name", one "Member = value" line each, "End Enum".
+// "Enum Name", one "Member = value" line each, "End Enum", with the help strings.
 std::string DescribeEnum(const tsruntime::EnumInfo& info);
 
 }  // namespace tsrt
