@@ -9,8 +9,8 @@ packages=(
   libicu-dev zlib1g-dev uuid-dev libsqlite3-dev libx11-dev
   qt6-base-dev libxcb1-dev xvfb xauth x11-xkb-utils
   clang libclang-rt-14-dev
-  pybind11-dev python3-dev python3-pytest
-  coreutils locales
+  pybind11-dev python3-dev python3-pytest python3-mypy
+  coreutils locales man-db groff-base
 )
 
 # Toolchains of the binding examples (examples/gambas, examples/pascal). Only their tests
