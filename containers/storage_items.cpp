@@ -119,8 +119,8 @@ TSRUNTIME_DEFINE_CLASS(clsZKStorageItems) {
           .Help(u"The ordered, typed values of a storage node, each kept as text beside its type "
                 u"code.")
           .Method("Add", &clsZKStorageItems::Add, {"value"})
-          .Help(u"Appends value in its text form and returns True; False for Empty, objects, "
-                u"errors, arrays other than Byte arrays, or a value with no text.")
+          .Help(u"Appends value in its text form with its type code and returns True; False "
+                u"for Empty, objects, Error values, or a value with no text.")
           .Get("Item", &clsZKStorageItems::Item, {"index"})
           .Help(u"The value at the zero-based index, rebuilt from its text; the default member. "
                 u"Raises the storage errors outside the list or for an unreadable type.")

@@ -66,17 +66,22 @@ def describe_class(info):
         if p["required"] >= 2:
             add(method("Set" + p["name"], p["params"], "None", p["help"]), "Set" + p["name"])
         elif key not in gets:
-            add(f"    @property\n    def {p['name']}(self) -> NoReturn:\n"
-                + docstring(p["help"] + " Write-only.", "        ")
+            # Type checkers take an assignment's type from the getter, so a write-only
+            # property declares one of the type it is assigned.
+            add(f"    @property\n    def {p['name']}(self) -> {assigned_type(ps)}:\n"
+                + docstring(p["help"], "        ")
                 + setter(p["name"], ps), p["name"])
     out.extend(special_methods(info, methods, gets, puts))
     return "".join(out)
 
 
-def setter(name, puts):
+def assigned_type(puts):
     types = sorted({decl.passed_type(p["params"][-1]["type"]) for p in puts})
-    shown = "Any" if "Any" in types else " | ".join(types)
-    return f"    @{name}.setter\n    def {name}(self, value: {shown}) -> None: ...\n"
+    return "Any" if "Any" in types else " | ".join(types)
+
+
+def setter(name, puts):
+    return f"    @{name}.setter\n    def {name}(self, value: {assigned_type(puts)}) -> None: ...\n"
 
 
 def special_methods(info, methods, gets, puts):

@@ -8,7 +8,7 @@ by ProgID, all generated from the library's type information.
 import datetime
 import inspect
 from decimal import Decimal
-from typing import Any, Iterator, Literal, NoReturn, TypeVar, overload
+from typing import Any, Iterator, Literal, TypeVar, overload
 
 from . import constants as constants
 

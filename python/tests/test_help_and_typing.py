@@ -66,7 +66,7 @@ def test_enumerations_are_int_enums_whose_members_the_library_takes():
     assert issubclass(trim, int) and trim.__doc__.startswith("The ends of the text")
     assert trim.xcZK_TRIM_LEFT.__doc__ == "Trim strips the start of the text."
     s = tsruntime.Dispatch("clsZKString")
-    assert s.Trim("xxaxx", "x", trim.xcZK_TRIM_RIGHT) == "xxa"
+    assert s.Trim("xxaxx", "x", trim.xcZK_TRIM_RIGHT, SelStart=5) == ("xxa", 3)
     for name, members in tsruntime.enums().items():
         assert {m.name: m.value for m in getattr(constants, name)} == members
 

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -19,7 +20,11 @@ std::string Fault(const String& help) {
     if (c >= 0x0400 && c <= 0x04FF) return "not in English";
   }
   if (help.back() != u'.') return "no full stop at the end";
-  if (!(help[0] >= u'A' && help[0] <= u'Z') && help[0] != u'"' && help[0] != u'$') {
+  // A sentence starts with a capital, a number, a quote, or a name of the interface.
+  const StringView first = StringView(help).substr(0, help.find(u' '));
+  const auto upper = [](char16_t c) { return c >= u'A' && c <= u'Z'; };
+  if (!upper(first[0]) && !(first[0] >= u'0' && first[0] <= u'9') && first[0] != u'"' &&
+      std::ranges::none_of(first, upper)) {
     return "no capital letter at the start";
   }
   return "";

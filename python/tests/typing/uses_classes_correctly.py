@@ -11,7 +11,8 @@ s = lib.GetObjString
 words: str = s.InWords(decimal.Decimal("1234.56"), IncludeUnitNames=False)
 kept, caret = s.Filter("a-b-c", "-", SelStart=4)
 position: int | None = caret
-trimmed: str = s.Trim("xxabcxx", "x", xeZK_TRIM_TYPE.xcZK_TRIM_BOTH)
+trimmed, _ = s.Trim("xxabcxx", "x", xeZK_TRIM_TYPE.xcZK_TRIM_BOTH)
+kept = trimmed.upper()
 parts: tsruntime.SafeArray = s.ArraySplit(s.ArrayJoin(["a", "b"]))
 
 d = tsruntime.Dispatch("clsZKDictionary")
