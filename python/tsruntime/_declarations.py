@@ -13,35 +13,25 @@ from ._tsruntime import Missing
 ARRAY_IN = "SafeArray | list[Any] | tuple[Any, ...]"
 REQUIRED = inspect.Parameter.empty
 
-# What Python passes for a parameter of each declared type (values convert as the host
-# runtime converts; these are the natural ones).
-_PASSED = {
-    "Integer": "int", "Long": "int", "Byte": "int",
-    "Single": "float", "Double": "float",
-    "Currency": "Decimal | float", "Decimal": "Decimal | float",
-    "Date": "datetime.date | float",
-    "String": "str", "Boolean": "bool",
-    "Error": "ErrorValue",
-    # An object parameter also takes AutomationError (as the Err object) and any Python
-    # object with the members the library calls (a subclassing client).
-    "Object": "object",
-}
-
-# What comes back to Python for a result of each declared type.
-_RETURNED = {
-    "Integer": "int", "Long": "int", "Byte": "int",
-    "Single": "float", "Double": "float",
-    "Currency": "Decimal", "Decimal": "Decimal",
-    "Date": "datetime.datetime",
-    "String": "str", "Boolean": "bool",
-    "Error": "ErrorValue",
+# Per declared type: what Python passes for a parameter of it (values convert as the host
+# runtime converts; these are the natural ones), and what comes back for a result of it.
+# An object parameter also takes AutomationError (as the Err object) and any Python
+# object with the members the library calls (a subclassing client).
+_TYPES = {
+    "Integer": ("int", "int"), "Long": ("int", "int"), "Byte": ("int", "int"),
+    "Single": ("float", "float"), "Double": ("float", "float"),
+    "Currency": ("Decimal | float", "Decimal"), "Decimal": ("Decimal | float", "Decimal"),
+    "Date": ("datetime.date | float", "datetime.datetime"),
+    "String": ("str", "str"), "Boolean": ("bool", "bool"),
+    "Error": ("ErrorValue", "ErrorValue"),
+    "Object": ("object", "Any"),
 }
 
 
 def passed_type(type_name):
     if type_name.endswith("()"):
         return ("bytes | bytearray | " if type_name == "Byte()" else "") + ARRAY_IN
-    return _PASSED.get(type_name, "Any")
+    return _TYPES.get(type_name, ("Any",))[0]
 
 
 def returned_type(type_name, class_name=None):
@@ -53,7 +43,7 @@ def returned_type(type_name, class_name=None):
         return "None"
     if type_name.endswith("()"):
         return "bytes | SafeArray" if type_name == "Byte()" else "SafeArray"
-    return _RETURNED.get(type_name, "Any")
+    return _TYPES.get(type_name, ("Any", "Any"))[1]
 
 
 def python_name(name):
