@@ -18,10 +18,17 @@ bool Enumerator::Skip(int32_t Count) {
 
 TSRUNTIME_DEFINE_CLASS(Enumerator) {
   static const ClassInfo info = ClassBuilder<Enumerator>("Enumerator")
+                                    .Help(u"Steps through a collection's items for For Each; "
+                                          u"handed out by NewEnum, not created by hosts.")
                                     .NotCreatable()
                                     .Method("Next", &Enumerator::Next, {"Item"})
+                                    .Help(u"Puts the next item into Item and returns True; False "
+                                          u"past the end.")
                                     .Method("Skip", &Enumerator::Skip, {"Count"})
+                                    .Help(u"Passes over the next Count items; False when fewer "
+                                          u"were left.")
                                     .Method("Reset", &Enumerator::Reset)
+                                    .Help(u"Goes back to the first item.")
                                     .Build();
   return info;
 }

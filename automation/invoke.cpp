@@ -173,5 +173,18 @@ void CheckParams(const ClassInfo& info, const MemberInfo& member, size_t given) 
   }
 }
 
+void ShareAccessorHelp(ClassInfo& info) {
+  for (MemberInfo& m : info.members) {
+    if (!m.help.empty() || m.kind == MemberKind::kMethod) continue;
+    for (const MemberInfo& other : info.members) {
+      if (other.kind != MemberKind::kMethod && !other.help.empty() &&
+          EqualsAsciiNoCase(other.name, m.name)) {
+        m.help = other.help;
+        break;
+      }
+    }
+  }
+}
+
 }  // namespace dispatch_detail
 }  // namespace tsruntime

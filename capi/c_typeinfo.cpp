@@ -60,6 +60,19 @@ std::vector<const EnumInfo*> Enums() noexcept {
   return enums;
 }
 
+// The class as registered now. A class named ahead of its module is looked up again,
+// which loads the module, so that its members and help strings are there whichever
+// handle the host took from the listing; the name alone when the module cannot load.
+const ClassInfo* Live(const tsrt_class* cls) noexcept {
+  const ClassInfo* c = FromHandle(cls);
+  if (!c) return nullptr;
+  const ClassInfo* live = c;
+  Guard(nullptr, [&] {
+    if (const ClassInfo* found = FindClass(c->name)) live = found;
+  });
+  return live;
+}
+
 }  // namespace
 }  // namespace tsruntime::capi
 
@@ -85,7 +98,7 @@ const tsrt_class* tsrt_object_class(const tsrt_object* object) {
 }
 
 int tsrt_class_describe(const tsrt_class* cls, tsrt_class_info* info) {
-  const ClassInfo* c = FromHandle(cls);
+  const ClassInfo* c = Live(cls);
   if (!c || !info) return 0;
   const auto classes = Classes();
   if (std::find(classes.begin(), classes.end(), c) == classes.end()) return 0;
@@ -102,7 +115,7 @@ int tsrt_class_describe(const tsrt_class* cls, tsrt_class_info* info) {
 }
 
 int tsrt_class_member(const tsrt_class* cls, size_t member, tsrt_member_info* info) {
-  const ClassInfo* c = FromHandle(cls);
+  const ClassInfo* c = Live(cls);
   if (!c || !info || member >= c->members.size()) return 0;
   const MemberInfo& m = c->members[member];
   *info = tsrt_member_info{Borrow(m.name), MemberKindCode(m.kind),
@@ -114,14 +127,14 @@ int tsrt_class_member(const tsrt_class* cls, size_t member, tsrt_member_info* in
 
 int tsrt_class_member_param(const tsrt_class* cls, size_t member, size_t param,
                             tsrt_param_info* info) {
-  const ClassInfo* c = FromHandle(cls);
+  const ClassInfo* c = Live(cls);
   if (!c || !info || member >= c->members.size()) return 0;
   const auto& params = c->members[member].params;
   return param < params.size() ? DescribeParam(params[param], info) : 0;
 }
 
 int tsrt_class_event(const tsrt_class* cls, size_t event, tsrt_event_info* info) {
-  const ClassInfo* c = FromHandle(cls);
+  const ClassInfo* c = Live(cls);
   if (!c || !info || event >= c->events.size()) return 0;
   *info = tsrt_event_info{Borrow(c->events[event].name), c->events[event].params.size()};
   return 1;
@@ -129,7 +142,7 @@ int tsrt_class_event(const tsrt_class* cls, size_t event, tsrt_event_info* info)
 
 int tsrt_class_event_param(const tsrt_class* cls, size_t event, size_t param,
                            tsrt_param_info* info) {
-  const ClassInfo* c = FromHandle(cls);
+  const ClassInfo* c = Live(cls);
   if (!c || !info || event >= c->events.size()) return 0;
   const auto& params = c->events[event].params;
   return param < params.size() ? DescribeParam(params[param], info) : 0;
@@ -148,9 +161,44 @@ int tsrt_enum_describe(size_t index, tsrt_text* name, size_t* member_count) {
 int tsrt_enum_member(size_t index, size_t member, tsrt_text* name, int32_t* value) {
   const auto enums = Enums();
   if (index >= enums.size() || member >= enums[index]->members.size()) return 0;
-  const auto& [member_name, member_value] = enums[index]->members[member];
-  if (name) *name = Borrow(member_name);
-  if (value) *value = member_value;
+  const EnumMember& m = enums[index]->members[member];
+  if (name) *name = Borrow(m.name);
+  if (value) *value = m.value;
+  return 1;
+}
+
+int tsrt_class_help(const tsrt_class* cls, tsrt_text* help) {
+  const ClassInfo* c = Live(cls);
+  if (!c || !help) return 0;
+  *help = Borrow(c->help);
+  return 1;
+}
+
+int tsrt_class_member_help(const tsrt_class* cls, size_t member, tsrt_text* help) {
+  const ClassInfo* c = Live(cls);
+  if (!c || !help || member >= c->members.size()) return 0;
+  *help = Borrow(c->members[member].help);
+  return 1;
+}
+
+int tsrt_class_event_help(const tsrt_class* cls, size_t event, tsrt_text* help) {
+  const ClassInfo* c = Live(cls);
+  if (!c || !help || event >= c->events.size()) return 0;
+  *help = Borrow(c->events[event].help);
+  return 1;
+}
+
+int tsrt_enum_help(size_t index, tsrt_text* help) {
+  const auto enums = Enums();
+  if (index >= enums.size() || !help) return 0;
+  *help = Borrow(enums[index]->help);
+  return 1;
+}
+
+int tsrt_enum_member_help(size_t index, size_t member, tsrt_text* help) {
+  const auto enums = Enums();
+  if (index >= enums.size() || !help || member >= enums[index]->members.size()) return 0;
+  *help = Borrow(enums[index]->members[member].help);
   return 1;
 }
 

@@ -230,9 +230,13 @@ int clsZKDictionary::OnChanged(std::function<void(const Variant& ChangedItem)> l
 namespace {
 
 const EnumInfo kSortModes{u"xeTS_DICTIONARY_SORT",
-                          {{u"xcTS_DICT_SORT_NONE", xcTS_DICT_SORT_NONE},
-                           {u"xcTS_DICT_SORT_ASC", xcTS_DICT_SORT_ASC},
-                           {u"xcTS_DICT_SORT_DESC", xcTS_DICT_SORT_DESC}}};
+                          {{u"xcTS_DICT_SORT_NONE", xcTS_DICT_SORT_NONE,
+                            u"New entries go last: insertion order."},
+                           {u"xcTS_DICT_SORT_ASC", xcTS_DICT_SORT_ASC,
+                            u"New entries go to their place in ascending key order."},
+                           {u"xcTS_DICT_SORT_DESC", xcTS_DICT_SORT_DESC,
+                            u"New entries go to their place in descending key order."}},
+                          u"Where clsZKDictionary puts new entries (its SortMode)."};
 
 [[maybe_unused]] const bool sort_modes_registered = RegisterEnum(kSortModes);
 
@@ -241,25 +245,46 @@ const EnumInfo kSortModes{u"xeTS_DICTIONARY_SORT",
 TSRUNTIME_DEFINE_CLASS(clsZKDictionary) {
   static const ClassInfo info =
       ClassBuilder<clsZKDictionary>("clsZKDictionary")
+          .Help(u"An ordered key-value container: string keys looked up in any case, Variant "
+                u"values, insertion or sorted order, the OnChanged event.")
           .Method("Add", &clsZKDictionary::Add, {"Key", Opt("vData")})
+          .Help(u"Adds Key with vData unless Exists(Key) is True; a numeric Key is stored as its "
+                u"text. Raises nothing and no event.")
           .Method("Clear", &clsZKDictionary::Clear)
+          .Help(u"Removes every entry and sets Changed to False; SortMode and CompareMode stay.")
           .Get("Count", &clsZKDictionary::Count)
+          .Help(u"The number of entries.")
           .Method("Remove", &clsZKDictionary::Remove, {"Item"})
+          .Help(u"Removes the entry of the key or zero-based index Item, when there is one; "
+                u"raises nothing.")
           .Let("Data", &clsZKDictionary::LetData, {"Item", "vData"})
+          .Help(u"The value of the key or zero-based index Item, or Nothing; the default member. "
+                u"Assigning moves the entry as if added again and raises OnChanged.")
           .Set("Data", &clsZKDictionary::SetData, {"Item", "vData"})
           .Get("Data", &clsZKDictionary::Data, {"Item"})
           .Let("Key", &clsZKDictionary::LetKey, {"Item", "NewKey"})
+          .Help(u"The key at the zero-based index Item (a String Item comes back as given); "
+                u"assigning renames the entry to NewKey and raises OnChanged.")
           .Get("Key", &clsZKDictionary::Key, {"Item"})
           .Method("NewEnum", &clsZKDictionary::NewEnum)
+          .Help(u"An enumerator over the values in entry order, as they are now.")
           .Let("CompareMode", &clsZKDictionary::LetCompareMode, {"RHS"})
+          .Help(u"The comparison of sorted insertion and of renaming: 0 binary, 1 text; lookups "
+                u"ignore case whatever it says.")
           .Get("CompareMode", &clsZKDictionary::CompareMode)
           .Let("SortMode", &clsZKDictionary::LetSortMode,
                {Typed("RHS", VarType::kLong)})
+          .Help(u"Where new entries go (xeTS_DICTIONARY_SORT); reads xcTS_DICT_SORT_NONE once the "
+                u"dictionary holds entries.")
           .Get("SortMode", &clsZKDictionary::SortMode)
           .Get("Changed", &clsZKDictionary::Changed)
+          .Help(u"True after any change since the last Clear.")
           .Method("Exists", &clsZKDictionary::Exists, {"KeyName"})
+          .Help(u"Whether the key KeyName exists (any case), or, for a number, whether it is a "
+                u"one-based position from 1 to Count.")
           .Default("Data")
           .Event("OnChanged", {"ChangedItem"})
+          .Help(u"Raised by assigning Data or Key, with the Item the host passed.")
           .Build();
   return info;
 }

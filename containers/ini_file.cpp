@@ -93,16 +93,33 @@ bool clsZKIniFile::PutData(const String& KeyName, String DataValue, const String
 
 TSRUNTIME_DEFINE_CLASS(clsZKIniFile) {
   static const ClassInfo info = ClassBuilder<clsZKIniFile>("clsZKIniFile")
+                                    .Help(u"Values of INI-style text from a file or a string, "
+                                          u"read by section and key and changed in place, every "
+                                          u"other line kept.")
                                     .Let("FullName", &clsZKIniFile::LetFullName, {"RHS"})
+                                    .Help(u"The INI file to work on; setting it needs an "
+                                          u"existing, readable file (else xcZKERR_INI_NOFILE).")
                                     .Get("FullName", &clsZKIniFile::FullName)
                                     .Let("SepData", &clsZKIniFile::LetSepData, {"RHS"})
+                                    .Help(u"The separator of key and value, \"=\" at first; "
+                                          u"write-only.")
                                     .Let("SepComment", &clsZKIniFile::LetSepComment, {"RHS"})
+                                    .Help(u"Where a comment starts, \"'\" at first; write-only.")
                                     .Let("SourceString", &clsZKIniFile::LetSourceString, {"RHS"})
+                                    .Help(u"INI text to work on instead of a file, split at CR "
+                                          u"LF; reads back the lines as they now are. Empty text "
+                                          u"raises xcZKERR_INI_NOFILE.")
                                     .Get("SourceString", &clsZKIniFile::SourceString)
                                     .Method("GetData", &clsZKIniFile::GetData,
                                             {"KeyName", "ValueBuf", Opt("SectionName", String())})
+                                    .Help(u"Looks up KeyName in SectionName: True with its value "
+                                          u"in ValueBuf, False when absent; xcZKERR_INI_FILELOAD "
+                                          u"when the text cannot be loaded.")
                                     .Method("PutData", &clsZKIniFile::PutData,
                                             {"KeyName", "DataValue", Opt("SectionName", String())})
+                                    .Help(u"Stores DataValue as the value of the existing key "
+                                          u"KeyName in SectionName, rewriting that line and the "
+                                          u"file; True when stored.")
                                     .Build();
   return info;
 }

@@ -116,12 +116,24 @@ void clsZKStorageItems::Clear() {
 TSRUNTIME_DEFINE_CLASS(clsZKStorageItems) {
   static const ClassInfo info =
       ClassBuilder<clsZKStorageItems>("clsZKStorageItems")
+          .Help(u"The ordered, typed values of a storage node, each kept as text beside its type "
+                u"code.")
           .Method("Add", &clsZKStorageItems::Add, {"value"})
+          .Help(u"Appends value in its text form with its type code and returns True; False "
+                u"for Empty, objects, Error values, or a value with no text.")
           .Get("Item", &clsZKStorageItems::Item, {"index"})
+          .Help(u"The value at the zero-based index, rebuilt from its text; the default member. "
+                u"Raises the storage errors outside the list or for an unreadable type.")
           .Method("Clear", &clsZKStorageItems::Clear)
+          .Help(u"Empties the list.")
           .Get("Count", &clsZKStorageItems::Count)
+          .Help(u"The number of values.")
           .Method("ToString", &clsZKStorageItems::ToString, {"ErrFlag"})
+          .Help(u"The values as storage records; ErrFlag comes back False when the text is "
+                u"complete.")
           .Method("ToObject", &clsZKStorageItems::ToObject, {"strData"})
+          .Help(u"Replaces the values with the records of strData, read lazily by Item; False for "
+                u"a malformed record, never raises.")
           .Default("Item")
           .Build();
   return info;

@@ -68,14 +68,27 @@ Ref<Enumerator> clsZKStorageNodes::NewEnum() const {
 TSRUNTIME_DEFINE_CLASS(clsZKStorageNodes) {
   static const ClassInfo info =
       ClassBuilder<clsZKStorageNodes>("clsZKStorageNodes")
+          .Help(u"The ordered children of a storage node, held by reference.")
           .Method("Add", &clsZKStorageNodes::Add, {"objStorage"})
+          .Help(u"Appends the node objStorage by reference; anything is accepted, Nothing and the "
+                u"list's own node too.")
           .Method("Clear", &clsZKStorageNodes::Clear)
+          .Help(u"Empties every child, all the way down, also where the host still holds it, and "
+                u"removes them from the list.")
           .Get("Count", &clsZKStorageNodes::Count)
+          .Help(u"The number of children.")
           .Get("Item", &clsZKStorageNodes::Item, {"index"})
+          .Help(u"The child at the zero-based index, the default member; assigning replaces it. "
+                u"Error 9 outside 0 to Count - 1.")
           .Set("Item", &clsZKStorageNodes::SetItem, {"index", "objStorage"})
           .Method("NewEnum", &clsZKStorageNodes::NewEnum)
+          .Help(u"An enumerator over the children in order, as they are now.")
           .Method("ToString", &clsZKStorageNodes::ToString, {"ErrFlag"})
+          .Help(u"The children's storage texts one after the other; ErrFlag comes back True, with "
+                u"\"\", when a child is Nothing.")
           .Method("ToObject", &clsZKStorageNodes::ToObject, {"strData"})
+          .Help(u"Replaces the children with one new node per chunk of strData; False when a "
+                u"chunk does not read, never raises.")
           .Default("Item")
           .Build();
   return info;

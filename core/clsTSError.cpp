@@ -36,13 +36,23 @@ bool clsTSError::ToObject(const String& strData) {
 TSRUNTIME_DEFINE_CLASS(clsTSError) {
   static const ClassInfo info =
       ClassBuilder<clsTSError>("clsTSError")
+          .Help(u"One error record of a clsTSErrors collection: a number and a text; raises "
+                u"nothing.")
           .Get("Number", &clsTSError::Number)
+          .Help(u"The error's number; 0 means it has none.")
           .Let("Number", &clsTSError::LetNumber, {Typed("RHS", VarType::kLong)})
           .Get("Description", &clsTSError::Description)
+          .Help(u"The error's text; the default member.")
           .Let("Description", &clsTSError::LetDescription, {Typed("RHS", VarType::kString)})
           .Method("GetText", &clsTSError::GetText, {Opt("IncludeNumber", true)})
+          .Help(u"\"[Number] Description\" when IncludeNumber is True and Number is not 0, else "
+                u"Description alone.")
           .Method("ToString", &clsTSError::ToString)
+          .Help(u"Number in decimal, the character 7 (BEL), then Description: the text ToObject "
+                u"reads.")
           .Method("ToObject", &clsTSError::ToObject, {"strData"})
+          .Help(u"Reads a ToString text: the piece before the first BEL as Number (kept when it "
+                u"does not convert), the next as Description; always True.")
           .Default("Description")
           .Build();
   return info;

@@ -161,33 +161,57 @@ bool clsTSErrors::ToObject(const String& strData) {
 TSRUNTIME_DEFINE_CLASS(clsTSErrors) {
   static const ClassInfo info =
       ClassBuilder<clsTSErrors>("clsTSErrors")
+          .Help(u"A collection of error records gathered in order, rendered as text, packed into "
+                u"one string and shown as an error report; raises nothing.")
           .Get("HasErrors", &clsTSErrors::HasErrors)
+          .Help(u"True when the collection holds one record or more.")
           .Let("ProgramName", &clsTSErrors::LetProgramName, {Typed("RHS", VarType::kString)})
+          .Help(u"The program named in the error report; empty at creation, kept by Clear.")
           .Get("ProgramName", &clsTSErrors::ProgramName)
           .Let("ModuleName", &clsTSErrors::LetModuleName, {Typed("RHS", VarType::kString)})
+          .Help(u"The module named in the error report; empty at creation, kept by Clear.")
           .Get("ModuleName", &clsTSErrors::ModuleName)
           .Let("FunctionName", &clsTSErrors::LetFunctionName, {Typed("RHS", VarType::kString)})
+          .Help(u"The function named in the error report; empty at creation, kept by Clear.")
           .Get("FunctionName", &clsTSErrors::FunctionName)
           .Method("ShowErrorMessage", &clsTSErrors::ShowErrorMessage,
                   {Opt("MessageText", String()), Opt("ErrorCode", int32_t{0})})
+          .Help(u"Shows the error report with MessageText and ErrorCode above the records and "
+                u"returns when it is closed; without a display it goes to standard error.")
           .Method("Add", &clsTSErrors::Add,
                   {Opt("Description", String()), Opt("Number", int32_t{0})})
+          .Help(u"Appends a new record with Number and Description.")
           .Method("AddAsObject", &clsTSErrors::AddAsObject, {"ErrItem"})
+          .Help(u"Appends the clsTSError ErrItem itself, so later changes to it show in the "
+                u"collection.")
           .Method("AddAsError",
                   [](clsTSErrors& self, const Variant& ErrorObject) {
                     self.AddAsError(ErrorObject);
                   },
                   {"ErrorObject"})
+          .Help(u"Appends a record with the Number and Description of ErrorObject (the Err "
+                u"object); nothing when either cannot be read.")
           .Get("Count", &clsTSErrors::Count)
+          .Help(u"The number of records.")
           .Method("Clear", &clsTSErrors::Clear)
+          .Help(u"Removes every record; the program, module and function names stay.")
           .Let("Item", &clsTSErrors::LetItem, {"Index", "RHS"})
+          .Help(u"The record at the zero-based Index, or Nothing; assigning replaces the record, "
+                u"and an index outside does nothing.")
           .Get("Item", &clsTSErrors::Item, {"Index"})
           .Get("GetErrDescription", &clsTSErrors::GetErrDescription, {"Index"})
+          .Help(u"The Description of the record at Index, or \"\" when there is none.")
           .Get("GetErrNumber", &clsTSErrors::GetErrNumber, {"Index"})
+          .Help(u"The Number of the record at Index, or 0 when there is none.")
           .Method("GetAsText", &clsTSErrors::GetAsText,
                   {Opt("Prefix"), Opt("IncludeNumber", true)})
+          .Help(u"One line per record: Prefix, the record's GetText(IncludeNumber), CR LF; \"\" "
+                u"when empty.")
           .Method("ToString", &clsTSErrors::ToString)
+          .Help(u"The records' ToString texts packed by clsZKString.ArrayJoin; \"\" when empty.")
           .Method("ToObject", &clsTSErrors::ToObject, {"strData"})
+          .Help(u"Appends one record per piece of the packed text strData, after those already "
+                u"held; always returns False.")
           .Default("Item")
           .Build();
   return info;

@@ -19,16 +19,27 @@ Ref<clsZKMem> clsZKRunTimeLib::GetObjMem() const { return New<clsZKMem>(); }
 TSRUNTIME_DEFINE_CLASS(clsZKRunTimeLib) {
   static const ClassInfo info =
       ClassBuilder<clsZKRunTimeLib>("clsZKRunTimeLib")
+          .Help(u"The library's root object: the thread's interface language and a new service "
+                u"object from each GetObj property.")
           .Method("Init", &clsZKRunTimeLib::Init)
+          .Help(u"Does no work and returns True.")
           .Let("Language", &clsZKRunTimeLib::LetLanguage,
                {Typed("RHS", VarType::kLong)})
+          .Help(u"The interface language of this thread (xeZK_INTERFACE_LANGUAGE), stored "
+                u"unchecked; a new root object resets it to Russian.")
           .Get("Language", &clsZKRunTimeLib::Language)
           .Get("GetObjFileSystem", &clsZKRunTimeLib::GetObjFileSystem)
+          .Help(u"A new clsZKFileSystem on every read.")
           .Get("GetObjString", &clsZKRunTimeLib::GetObjString)
+          .Help(u"A new clsZKString on every read.")
           .Get("GetObjSystem", &clsZKRunTimeLib::GetObjSystem)
+          .Help(u"A new clsZKSystem on every read.")
           .Get("GetObjArray", &clsZKRunTimeLib::GetObjArray)
+          .Help(u"A new clsZKArray on every read.")
           .Get("GetObjRegistry", &clsZKRunTimeLib::GetObjRegistry)
+          .Help(u"A new clsZKRegistry on every read.")
           .Get("GetObjMem", &clsZKRunTimeLib::GetObjMem)
+          .Help(u"A new clsZKMem on every read.")
           .Build();
   return info;
 }

@@ -15,13 +15,23 @@ namespace {
 
 // The enumerations are plain numbers: listed without loading the module.
 const EnumInfo kTimerErrors{u"EErrorTimer",
-                            {{u"eeBaseTimer", eeBaseTimer},
-                             {u"eeTooManyTimers", eeTooManyTimers},
-                             {u"eeCantCreateTimer", eeCantCreateTimer}}};
+                            {{u"eeBaseTimer", eeBaseTimer,
+                              u"The base of the timer error codes; not raised."},
+                             {u"eeTooManyTimers", eeTooManyTimers,
+                              u"A thread's 101st running timer; raised Or 0x80040000."},
+                             {u"eeCantCreateTimer", eeCantCreateTimer,
+                              u"No system timer could run; raised Or 0x80040000."}},
+                            u"Codes of the CTimer errors."};
 const EnumInfo kMsgResponses{u"EMsgResponse",
-                             {{u"emrConsume", emrConsume},
-                              {u"emrPostProcess", emrPostProcess},
-                              {u"emrPreprocess", emrPreprocess}}};
+                             {{u"emrConsume", emrConsume,
+                               u"The previous window procedure is not called."},
+                              {u"emrPostProcess", emrPostProcess,
+                               u"The previous procedure runs after the clients; its result "
+                               u"stands."},
+                              {u"emrPreprocess", emrPreprocess,
+                               u"The previous procedure runs before the clients; their result "
+                               u"stands."}},
+                             u"When the previous window procedure runs, ISubclass.MsgResponse."};
 [[maybe_unused]] const bool ui_enums_registered =
     RegisterEnum(kTimerErrors) && RegisterEnum(kMsgResponses);
 

@@ -10,8 +10,8 @@ packages=(
   qt6-base-dev libxcb1-dev xvfb xauth x11-xkb-utils
   qt6-translations-l10n fonts-dejavu-core fonts-dejavu-extra openbox libxtst-dev
   clang libclang-rt-14-dev
-  pybind11-dev python3-dev python3-pytest
-  coreutils locales
+  pybind11-dev python3-dev python3-pytest python3-mypy
+  coreutils locales man-db groff-base
   libedit-dev tmux
 )
 

@@ -140,17 +140,35 @@ bool clsZKMem::DecompressData(SafeArray& DataArray) {
 TSRUNTIME_DEFINE_CLASS(clsZKMem) {
   static const ClassInfo info =
       ClassBuilder<clsZKMem>("clsZKMem")
+          .Help(u"16- and 32-bit words, logical bit shifts of Longs and compressed byte blocks; "
+                u"raises nothing.")
           .Method("HiWord", &clsZKMem::HiWord, {"lngDW"})
+          .Help(u"The high 16 bits of lngDW, sign-extended.")
           .Method("LoWord", &clsZKMem::LoWord, {"lngDW"})
+          .Help(u"The low 16 bits of lngDW, sign-extended from bit 15.")
           .Method("DWord", &clsZKMem::DWord, {"LoWord", "HiWord"})
+          .Help(u"A Long with HiWord in the high half and LoWord, unsigned, in the low half; note "
+                u"the order, low word first.")
           .Method("RShift", &clsZKMem::RShift, {"Expression", "lngBits"})
+          .Help(u"Expression shifted LEFT by lngBits, logically, the bit reaching bit 31 becoming "
+                u"the sign; 32 or more gives 0.")
           .Method("LShift", &clsZKMem::LShift, {"Expression", "lngBits"})
+          .Help(u"Expression shifted RIGHT by lngBits, zero-filling from the top also for "
+                u"negative values; 32 or more gives 0.")
           .Method("CompressData", &clsZKMem::CompressData,
                   {Typed("DataArray", ArrayOf(VarType::kByte))})
+          .Help(u"Replaces the byte array DataArray by its compressed block (zlib stream and "
+                u"4-byte length); False, unchanged, when it cannot.")
           .Method("DecompressData", &clsZKMem::DecompressData,
                   {Typed("DataArray", ArrayOf(VarType::kByte))})
+          .Help(u"Replaces the compressed block in DataArray by the bytes it holds; False, "
+                u"unchanged, when it cannot.")
           .Get("OriginalSize", &clsZKMem::OriginalSize)
+          .Help(u"The length of the last compressed block's original; 0 at creation and after "
+                u"DecompressData.")
           .Get("CompressedSize", &clsZKMem::CompressedSize)
+          .Help(u"The length of the last compressed block, trailer included; 0 after a failure "
+                u"and after DecompressData.")
           .Build();
   return info;
 }

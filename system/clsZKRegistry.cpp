@@ -138,38 +138,64 @@ SafeArray clsZKRegistry::GetBinary(int32_t hKey, const String& strSubKey,
 TSRUNTIME_DEFINE_CLASS(clsZKRegistry) {
   static const ClassInfo info =
       ClassBuilder<clsZKRegistry>("clsZKRegistry")
+          .Help(u"Registry keys and their string, Long and binary values, one call each; raises "
+                u"nothing: setters return False, getters their default.")
           .Method("CreateSubKey", &clsZKRegistry::CreateSubKey, {"hKey", "strSubKey"})
+          .Help(u"Creates the key strSubKey under the root hKey (xeREGISTRY_HKEY) with every "
+                u"missing level, or opens it; True on success.")
           .Method("DeleteKey", &clsZKRegistry::DeleteKey,
                   {"hKey", "strSubKey", Opt("strValueName", String())})
+          .Help(u"Deletes the value strValueName of the key, or without a name the key itself "
+                u"when it has no subkeys; False when missing.")
           .Method("SetString", &clsZKRegistry::SetString,
                   {"hKey", "strSubKey", Opt("strValueName", String()), Opt("strValue", String())})
+          .Help(u"Writes the string strValue as the value strValueName (the default value when "
+                u"empty), creating the key when missing.")
           .Method("GetString", &clsZKRegistry::GetString,
                   {"hKey", "strSubKey", Opt("strValueName", String()), Opt("strDefault", String()),
                    Opt("blnError")})
+          .Help(u"The string value strValueName of the key, or strDefault with blnError True when "
+                u"it is missing or of another type.")
           .Method("SetLong", &clsZKRegistry::SetLong,
                   {"hKey", "strSubKey", "strValueName", "lngValue"})
+          .Help(u"Writes the 32-bit integer lngValue as the value strValueName, creating the key "
+                u"when missing.")
           .Method(
               "GetLong", &clsZKRegistry::GetLong,
               {"hKey", "strSubKey", "strValueName", Opt("lngDefault", int32_t{0}), Opt("blnError")})
+          .Help(u"The 32-bit integer value strValueName of the key, or lngDefault with blnError "
+                u"True when it is missing or of another type.")
           .Method(
               "SetBinary", &clsZKRegistry::SetBinary,
               {"hKey", "strSubKey", "strValueName", Typed("abytValue", ArrayOf(VarType::kByte))})
+          .Help(u"Writes the bytes of abytValue as the binary value strValueName, creating the "
+                u"key when missing.")
           .Method("GetBinary", &clsZKRegistry::GetBinary,
                   {"hKey", "strSubKey", "strValueName", Opt("blnError")})
           .Returns(ArrayOf(VarType::kByte))
+          .Help(u"The binary value strValueName as a byte array from 0, or a never-dimensioned "
+                u"one with blnError True when it is missing.")
           .Build();
   return info;
 }
 
 namespace {
 const EnumInfo kRegistryRoots{u"xeREGISTRY_HKEY",
-                              {{u"HKEY_CLASSES_ROOT", HKEY_CLASSES_ROOT},
-                               {u"HKEY_CURRENT_USER", HKEY_CURRENT_USER},
-                               {u"HKEY_LOCAL_MACHINE", HKEY_LOCAL_MACHINE},
-                               {u"HKEY_USERS", HKEY_USERS},
-                               {u"HKEY_PERFORMANCE_DATA", HKEY_PERFORMANCE_DATA},
-                               {u"HKEY_CURRENT_CONFIG", HKEY_CURRENT_CONFIG},
-                               {u"HKEY_DYN_DATA", HKEY_DYN_DATA}}};
+                              {{u"HKEY_CLASSES_ROOT", HKEY_CLASSES_ROOT,
+                                u"Class registrations, in the machine-wide store."},
+                               {u"HKEY_CURRENT_USER", HKEY_CURRENT_USER,
+                                u"The settings of the user running the program."},
+                               {u"HKEY_LOCAL_MACHINE", HKEY_LOCAL_MACHINE,
+                                u"Machine-wide settings, which only root may change."},
+                               {u"HKEY_USERS", HKEY_USERS,
+                                u"Every user's settings, in the machine-wide store."},
+                               {u"HKEY_PERFORMANCE_DATA", HKEY_PERFORMANCE_DATA,
+                                u"Not a key here: every operation on it fails."},
+                               {u"HKEY_CURRENT_CONFIG", HKEY_CURRENT_CONFIG,
+                                u"The current hardware profile, in the machine-wide store."},
+                               {u"HKEY_DYN_DATA", HKEY_DYN_DATA,
+                                u"Not a key here: every operation on it fails."}},
+                              u"The registry's root keys, the hKey of clsZKRegistry."};
 [[maybe_unused]] const bool registered = RegisterEnum(kRegistryRoots);
 }  // namespace
 

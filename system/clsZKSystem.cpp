@@ -113,14 +113,27 @@ String clsZKSystem::GetUserName() const {
 TSRUNTIME_DEFINE_CLASS(clsZKSystem) {
   static const ClassInfo info =
       ClassBuilder<clsZKSystem>("clsZKSystem")
+          .Help(u"Services around the running desktop: the keyboard layout, objects from their "
+                u"addresses, GUIDs, the pointer position, computer and user names.")
           .Method("SetKeyboardLayout", &clsZKSystem::SetKeyboardLayout,
                   {Opt("LayoutID", int32_t{xcZKKBDL_ENGLISH})})
+          .Help(u"Steps back through the keyboard layouts to English for LayoutID 0 or Russian "
+                u"for any other value; False without a match or a display.")
           .Get("ObjectFromPtr", &clsZKSystem::ObjectFromPtr, {Typed("lPtr", VarType::kVariant)})
+          .Help(u"The object at the address lPtr that ObjPtr gave on this thread, with a new "
+                u"reference; Nothing for 0 or an unknown address.")
           .Method("ObjPtr", &clsZKSystem::ObjPtr, {"obj"})
+          .Help(u"The address of obj as ObjectFromPtr takes it, a Double holding an integer; 0 "
+                u"for Nothing. Adds no reference.")
           .Method("CreateGUID", &clsZKSystem::CreateGUID)
+          .Help(u"A new random GUID as 36 upper-case characters in hyphenated groups, no braces.")
           .Method("GetMousePos", &clsZKSystem::GetMousePos, {"x", "Y"})
+          .Help(u"The pointer's screen position in pixels into x and Y; both kept when there is "
+                u"no display.")
           .Method("GetComputerName", &clsZKSystem::GetComputerName)
+          .Help(u"The host name; \"\" on failure.")
           .Method("GetUserName", &clsZKSystem::GetUserName)
+          .Help(u"The user's login name followed by one zero character; \"\" on failure.")
           .Build();
   return info;
 }
@@ -128,7 +141,10 @@ TSRUNTIME_DEFINE_CLASS(clsZKSystem) {
 namespace {
 const EnumInfo kKeyboardLayouts{
     u"xeZK_KEYBOARD_LAYOUT",
-    {{u"xcZKKBDL_ENGLISH", xcZKKBDL_ENGLISH}, {u"xcZKKBDL_RUSSIAN", xcZKKBDL_RUSSIAN}}};
+    {{u"xcZKKBDL_ENGLISH", xcZKKBDL_ENGLISH,
+      u"The English layout's identifier 409; SetKeyboardLayout selects Russian for it."},
+     {u"xcZKKBDL_RUSSIAN", xcZKKBDL_RUSSIAN, u"The Russian layout's identifier 419."}},
+    u"Keyboard layout identifiers for clsZKSystem.SetKeyboardLayout."};
 [[maybe_unused]] const bool registered = RegisterEnum(kKeyboardLayouts);
 }  // namespace
 

@@ -74,13 +74,23 @@ String clsZKStringConcat::GetStr() const {
 TSRUNTIME_DEFINE_CLASS(clsZKStringConcat) {
   static const ClassInfo info =
       ClassBuilder<clsZKStringConcat>("clsZKStringConcat")
+          .Help(u"Builds a long string from many short pieces, reporting its buffer in whole "
+                u"blocks of AllocSize characters.")
           .Get("CharsAllocated", &clsZKStringConcat::CharsAllocated)
+          .Help(u"The length of the buffer as hosts see it; grows in whole blocks of AllocSize "
+                u"characters.")
           .Get("CharsUsed", &clsZKStringConcat::CharsUsed)
+          .Help(u"The length of the text added so far.")
           .Get("AllocSize", &clsZKStringConcat::AllocSize)
+          .Help(u"The growth block in characters (1000 at first); stored unchecked, taken at the "
+                u"next growth.")
           .Let("AllocSize", &clsZKStringConcat::LetAllocSize, {"RHS"})
           .Method("Clear", &clsZKStringConcat::Clear)
+          .Help(u"Back to an empty text with nothing allocated; AllocSize keeps its value.")
           .Method("Add", &clsZKStringConcat::Add, {"strAddString"})
+          .Help(u"Appends strAddString, growing the buffer by whole blocks when it does not fit.")
           .Method("GetStr", &clsZKStringConcat::GetStr)
+          .Help(u"The text added so far.")
           .Build();
   return info;
 }

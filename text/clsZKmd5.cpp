@@ -64,18 +64,34 @@ int32_t clsZKmd5::LongLeftRotate(int32_t& value, int32_t& bits) const {
 TSRUNTIME_DEFINE_CLASS(clsZKmd5) {
   static const ClassInfo info =
       ClassBuilder<clsZKmd5>("clsZKmd5")
+          .Help(u"MD5 digests of strings and files as 32 upper-case hexadecimal digits, with the "
+                u"padding rules older hosts stored digests by.")
           .Get("RegisterA", &clsZKmd5::RegisterA)
+          .Help(u"Register A as signed decimal text (\"1732584193\" after MD5Init).")
           .Get("RegisterB", &clsZKmd5::RegisterB)
+          .Help(u"Register B as signed decimal text (\"-271733879\" after MD5Init).")
           .Get("RegisterC", &clsZKmd5::RegisterC)
+          .Help(u"Register C as signed decimal text.")
           .Get("RegisterD", &clsZKmd5::RegisterD)
+          .Help(u"Register D as signed decimal text.")
           .Method("MD5Init", &clsZKmd5::MD5Init)
+          .Help(u"Sets the registers to their initial values and the byte count to 0.")
           .Method("MD5Update", &clsZKmd5::MD5Update,
                   {"InputLen", Typed("InputBuffer", ArrayOf(VarType::kByte))})
+          .Help(u"Takes in the first InputLen bytes of the byte array InputBuffer, at most 32,767 "
+                u"from a block boundary.")
           .Method("MD5Final", &clsZKmd5::MD5Final)
+          .Help(u"Appends the padding and the bit length and transforms the last block.")
           .Method("GetValues", &clsZKmd5::GetValues)
+          .Help(u"The digest so far as 32 upper-case hexadecimal digits.")
           .Method("DigestStrToHexStr", &clsZKmd5::DigestStrToHexStr, {"SourceString"})
+          .Help(u"The digest of SourceString, one byte per character in the ANSI code page.")
           .Method("DigestFileToHexStr", &clsZKmd5::DigestFileToHexStr, {"FileName"})
+          .Help(u"The digest of the bytes of the regular file FileName; errors 53, 76, 70, 75 or "
+                u"52 when it cannot be read.")
           .Method("LongLeftRotate", &clsZKmd5::LongLeftRotate, {"value", "bits"})
+          .Help(u"Rotates value left by bits Mod 32 when that is positive and returns it; value "
+                u"and bits come back as reduced and rotated.")
           .Build();
   return info;
 }

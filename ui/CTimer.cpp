@@ -48,15 +48,24 @@ int CTimer::OnThatTime(std::function<void()> listener) {
 TSRUNTIME_DEFINE_CLASS(CTimer) {
   static const ClassInfo info =
       ClassBuilder<CTimer>("CTimer")
+          .Help(u"A window-less periodic timer raising ThatTime every Interval milliseconds on "
+                u"its thread's event loop.")
           .Get("Item", &CTimer::Item)
+          .Help(u"Free data the host keeps with the timer, any value or object; never read by it.")
           .Let("Item", &CTimer::LetItem, {"RHS"})
           .Set("Item", &CTimer::SetItem, {"RHS"})
           .Get("Interval", &CTimer::Interval)
+          .Help(u"The running interval in milliseconds, 0 while stopped; assigning 1 or more "
+                u"starts the timer, 0 or less stops it.")
           .Let("Interval", &CTimer::LetInterval, {"RHS"})
           .Method("PulseTimer", &CTimer::PulseTimer)
+          .Help(u"Raises ThatTime at once, running or not.")
           .Let("Enabled", &CTimer::LetEnabled, {"RHS"})
+          .Help(u"The last value assigned; True starts the timer with the requested interval, "
+                u"False stops it and forgets the interval.")
           .Get("Enabled", &CTimer::Enabled)
           .Event("ThatTime", {})
+          .Help(u"Raised on every tick, on the thread that created the timer.")
           .Build();
   return info;
 }

@@ -99,11 +99,20 @@ int32_t GSubclass::CallOldWindowProc(int32_t hwnd, int32_t iMsg, int32_t wParam,
 TSRUNTIME_DEFINE_CLASS(GSubclass) {
   static const ClassInfo info =
       ClassBuilder<GSubclass>("GSubclass")
+          .Help(u"Intercepts the messages of the process's own windows, routing each (window, "
+                u"message) pair to ISubclass clients.")
           .Method("AttachMessage", &GSubclass::AttachMessage, {"iwp", "hwnd", "iMsg"})
+          .Help(u"Routes message iMsg of window hwnd to the client iwp after those already "
+                u"attached; raises 13083, 13084 or 13082 when it cannot.")
           .Method("DetachMessage", &GSubclass::DetachMessage, {"iwp", "hwnd", "iMsg"})
+          .Help(u"Removes the client iwp from message iMsg of window hwnd; the last one unhooks "
+                u"the window. Never raises.")
           .Get("CurrentMessage", &GSubclass::CurrentMessage)
+          .Help(u"The message most recently routed to a client on this thread; 0 before the first.")
           .Method("CallOldWindowProc", &GSubclass::CallOldWindowProc,
                   {"hwnd", "iMsg", "wParam", "lParam"})
+          .Help(u"Calls the previous procedure of window hwnd with iMsg, wParam and lParam and "
+                u"returns its result; 0 when not hooked.")
           .Build();
   return info;
 }

@@ -81,18 +81,35 @@ Variant PlainWindow::WindowProperty(const String& Name) const {
 TSRUNTIME_DEFINE_CLASS(PlainWindow) {
   static const ClassInfo info =
       ClassBuilder<PlainWindow>("PlainWindow")
+          .Help(u"A plain top-level window for hosts that have none of their own, to try window "
+                u"subclassing on.")
           .Get("Handle", &PlainWindow::Handle)
+          .Help(u"The native window id GSubclass takes; 0 once destroyed, and after a close until "
+                u"shown again.")
           .Get("Caption", &PlainWindow::Caption)
+          .Help(u"The window's title.")
           .Let("Caption", &PlainWindow::LetCaption, {"RHS"})
           .Get("Visible", &PlainWindow::Visible)
+          .Help(u"Whether the window is shown; assigning shows or hides it.")
           .Let("Visible", &PlainWindow::LetVisible, {"RHS"})
           .Method("Show", &PlainWindow::Show)
+          .Help(u"Shows the window.")
           .Method("Move", &PlainWindow::Move, {"Left", "Top", "Width", "Height"})
+          .Help(u"Moves the window to Left, Top and sizes it to Width, Height, in pixels.")
           .Method("Close", &PlainWindow::Close)
+          .Help(u"Asks the window to close, as its close button does (message 16).")
           .Method("Destroy", &PlainWindow::Destroy)
+          .Help(u"Destroys the window now, the destroy notice going through the chain first; the "
+                u"object stays, with Handle 0.")
           .Method("SendMessage", &PlainWindow::SendMessage, {"iMsg", "wParam", "lParam"})
+          .Help(u"Sends message iMsg with wParam and lParam through the window's procedure chain "
+                u"and returns its result.")
           .Method("PostMessage", &PlainWindow::PostMessage, {"iMsg", "wParam", "lParam"})
+          .Help(u"Posts message iMsg with wParam and lParam to the window's queue; True when "
+                u"posted.")
           .Method("WindowProperty", &PlainWindow::WindowProperty, {"Name"})
+          .Help(u"The subclassing property Name of the window: a count as Long, an address as "
+                u"Double, Empty when absent.")
           .Build();
   return info;
 }

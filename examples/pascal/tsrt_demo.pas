@@ -117,7 +117,7 @@ end;
 begin
   Expect(SizeOf(tsrt_variant) = 24, 'the variant record matches the C struct');
   Expect(SizeOf(tsrt_argument) = 40, 'the argument record matches the C struct');
-  Expect(tsrt_version = TSRT_C_VERSION, 'the library implements this unit''s version');
+  Expect(tsrt_version >= TSRT_C_VERSION, 'the library implements at least this unit''s version');
   Strings;
   Dictionary;
   Errors;

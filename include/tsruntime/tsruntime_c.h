@@ -35,9 +35,10 @@
 extern "C" {
 #endif
 
-/* The version of this interface. Symbols carry the ELF version TSRT_C_1; a later version
- * only adds functions, so a program built against version 1 keeps working. */
-#define TSRT_C_VERSION 1
+/* The version of this interface. Symbols carry the ELF version of the interface version
+ * that added them (TSRT_C_1, TSRT_C_2); a later version only adds functions, so a program
+ * built against an earlier one keeps working. Version 2 added the help strings. */
+#define TSRT_C_VERSION 2
 int32_t tsrt_version(void);
 
 /* --- Status and errors -------------------------------------------------------------- */
@@ -315,6 +316,18 @@ int tsrt_class_event_param(const tsrt_class* cls, size_t event, size_t param,
 size_t tsrt_enum_count(void);
 int tsrt_enum_describe(size_t index, tsrt_text* name, size_t* member_count);
 int tsrt_enum_member(size_t index, size_t member, tsrt_text* name, int32_t* value);
+
+/* Since version 2: the help strings, one line of English each, borrowed like the names.
+ * Each fills `*help` and returns 1, or returns 0 (leaving it untouched) for an index out
+ * of range or a NULL class. Every class, member, event, enumeration and enumeration
+ * member of the library has one; a property's accessors share theirs.
+ *   tsrt_class_member_help(tsrt_class_find(u"clsZKString", 11), 0, &help)
+ *     -> "The position of the last SearchStr in Expression ..." */
+int tsrt_class_help(const tsrt_class* cls, tsrt_text* help);
+int tsrt_class_member_help(const tsrt_class* cls, size_t member, tsrt_text* help);
+int tsrt_class_event_help(const tsrt_class* cls, size_t event, tsrt_text* help);
+int tsrt_enum_help(size_t index, tsrt_text* help);
+int tsrt_enum_member_help(size_t index, size_t member, tsrt_text* help);
 
 #ifdef __cplusplus
 }

@@ -232,6 +232,9 @@ py::object ClassDescription(const std::u16string& name) {
     d["kind"] = KindName(m.kind);
     d["params"] = Params(m.params);
     d["returns"] = TypeNameOrNone(m.returnType);
+    d["returns_class"] = m.returnClass ? py::object(py::str(ToUtf8(m.returnClass().name)))
+                                       : py::object(py::none());
+    d["help"] = ToUtf8(m.help);
     size_t required = 0;
     for (const ParamInfo& p : m.params) required += p.optional ? 0 : 1;
     d["required"] = required;
@@ -242,6 +245,7 @@ py::object ClassDescription(const std::u16string& name) {
     py::dict d;
     d["name"] = ToUtf8(e.name);
     d["params"] = Params(e.params);
+    d["help"] = ToUtf8(e.help);
     events.append(d);
   }
   py::dict d;
@@ -253,6 +257,7 @@ py::object ClassDescription(const std::u16string& name) {
   d["enumerable"] = c->enumerable();
   d["members"] = members;
   d["events"] = events;
+  d["help"] = ToUtf8(c->help);
   return d;
 }
 
@@ -333,17 +338,28 @@ PYBIND11_MODULE(_tsruntime, m) {
       },
       "(name, progid, creatable) of every registered class, sorted by name.");
   m.def(
-      "enums",
+      "enum_info",
       [] {
-        py::dict out;
+        py::list out;
         for (const EnumInfo* e : RegisteredEnums()) {
-          py::dict members;
-          for (const auto& [name, value] : e->members) members[py::str(ToUtf8(name))] = value;
-          out[py::str(ToUtf8(e->name))] = members;
+          py::list members;
+          for (const EnumMember& em : e->members) {
+            py::dict d;
+            d["name"] = ToUtf8(em.name);
+            d["value"] = em.value;
+            d["help"] = ToUtf8(em.help);
+            members.append(d);
+          }
+          py::dict d;
+          d["name"] = ToUtf8(e->name);
+          d["help"] = ToUtf8(e->help);
+          d["members"] = members;
+          out.append(d);
         }
         return out;
       },
-      "The registered enumerations: {name: {member: value}}.");
+      "The registered enumerations, sorted by name: name, help and members (name, value, "
+      "help).");
   m.def(
       "_roundtrip", [](py::handle value) { return ToPython(ToVariant(value)); },
       "Converts a Python value to a Variant and back (for tests).");

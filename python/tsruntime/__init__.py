@@ -11,7 +11,6 @@ name in any case. This module holds no knowledge of any class. See docs/python.m
 import os
 import sys
 import weakref
-from types import SimpleNamespace
 
 try:
     from . import _tsruntime as _rt
@@ -27,11 +26,13 @@ except ImportError as _cause:
 from ._tsruntime import Empty, ErrorValue, Missing, Nothing, Null, SafeArray
 # Conversion checks for the tests: Python -> Variant -> Python, and the type code taken.
 from ._tsruntime import _roundtrip, _vartype
+from . import _declarations as _decl
+from . import constants
 
 __all__ = [
     "AutomationError", "CDispatch", "Dispatch", "DispatchWithEvents", "PumpWaitingMessages",
     "SafeArray", "ErrorValue", "Null", "Empty", "Missing", "Nothing",
-    "classes", "members", "enums", "constants", "Member", "Param",
+    "classes", "members", "enums", "constants", "Member", "Param", "BoundMember",
 ]
 
 
@@ -77,9 +78,10 @@ class Param:
 
 class Member:
     """One member of a class: its name, kind ("method", "get", "let", "set" or "event"),
-    parameters, result type name (None for none) and whether it is the default member."""
+    parameters, result type name (None for none), whether it is the default member, and
+    its help string."""
 
-    __slots__ = ("name", "kind", "params", "returns", "default")
+    __slots__ = ("name", "kind", "params", "returns", "default", "help")
 
     def __init__(self, info, kind, default):
         self.name = info["name"]
@@ -87,6 +89,7 @@ class Member:
         self.params = tuple(Param(p) for p in info["params"])
         self.returns = info.get("returns")
         self.default = default
+        self.help = info["help"]
 
     def __repr__(self):
         text = f"{self.kind} {self.name}({', '.join(map(repr, self.params))})"
@@ -113,19 +116,16 @@ def members(progid):
 
 
 def enums():
-    """The library's enumerations: {enumeration name: {member name: value}}."""
-    return _rt.enums()
-
-
-# Every enumeration member by name, as win32com.client.constants offers them.
-constants = SimpleNamespace(**{name: value for e in _rt.enums().values()
-                               for name, value in e.items()})
+    """The library's enumerations: {enumeration name: {member name: value}}; as IntEnums
+    in tsruntime.constants."""
+    return {e["name"]: {m["name"]: m["value"] for m in e["members"]} for e in _rt.enum_info()}
 
 
 class _ClassView:
     """A class's members indexed for attribute lookup, any case."""
 
     def __init__(self, info):
+        self.info = info
         self.name = info["name"]
         self.enumerable = info["enumerable"]
         self.methods, self.gets, self.puts = {}, {}, {}
@@ -141,20 +141,52 @@ class _ClassView:
 _views = {}
 
 
-def _view_of(handle):
-    view = _views.get(handle.class_name)
+def _view_named(class_name):
+    view = _views.get(class_name)
     if view is None:
-        view = _views[handle.class_name] = _ClassView(_rt.class_info(handle.class_name))
+        view = _views[class_name] = _ClassView(_rt.class_info(class_name))
     return view
 
 
-class _Call:
-    """A member bound to its object, called with positional and keyword arguments."""
+def _view_of(handle):
+    return _view_named(handle.class_name)
 
+
+def _member_of(view, name, put=False):
+    key = name.lower()
+    if put:
+        return view.puts[key]
+    return view.methods.get(key) or view.gets.get(key) or view.puts[key]
+
+
+def _member_signature(view, name, put=False, leading=()):
+    member = _member_of(view, name, put)
+    result = "None" if put else _decl.call_result(member)
+    return _decl.signature(member["params"], result, leading)
+
+
+# BoundMember's own description goes here, since its __doc__ describes the member it binds:
+# a member bound to its object, called with positional and keyword arguments.
+class BoundMember:
     __slots__ = ("_handle", "_name", "_put")
 
     def __init__(self, handle, name, put=False):
         self._handle, self._name, self._put = handle, name, put
+
+    @property
+    def __name__(self):
+        return ("Set" if self._put else "") + self._name
+
+    @property
+    def __signature__(self):
+        return _member_signature(_view_of(self._handle), self._name, self._put)
+
+    @property
+    def __doc__(self):
+        return _member_of(_view_of(self._handle), self._name, self._put)["help"]
+
+    def __get__(self, instance, owner=None):  # so that help() shows it as a routine
+        return self
 
     def __call__(self, *args, **kwargs):
         if not self._put:
@@ -167,6 +199,86 @@ class _Call:
     def __repr__(self):
         prefix = "Set" if self._put else ""
         return f"<member {self._handle.class_name}.{prefix}{self._name}>"
+
+
+class _MemberSlot:
+    """A member called like a method, as the class of its objects holds it: help() shows
+    its declaration and help string; read on an object it is the bound member."""
+
+    def __init__(self, view, name, put=False):
+        self._name, self._put = name, put
+        self.__name__ = ("Set" if put else "") + name
+        self.__qualname__ = f"{view.name}.{self.__name__}"
+        self.__doc__ = _member_of(view, name, put)["help"]
+        self.__signature__ = _member_signature(view, name, put, leading=("self",))
+
+    def __get__(self, instance, owner=None):
+        if instance is None:
+            return self
+        return BoundMember(instance._handle, self._name, self._put)
+
+    def __call__(self, instance, *args, **kwargs):
+        return self.__get__(instance)(*args, **kwargs)
+
+
+def _property(view, get, puts):
+    """A property read and assigned by attribute, as the class of its objects holds it."""
+    name = (get or puts[0])["name"]
+    help_text = (get or puts[0])["help"]
+
+    def read(obj):
+        return _rt.call(obj._handle, name, (), {})
+
+    def assign(obj, value):
+        _rt.put(obj._handle, name, (value,))
+
+    return property(read if get else None, assign if puts else None, None,
+                    _decl.property_doc(name, get, puts, help_text))
+
+
+def _class_doc(info):
+    lines = [info["help"], "", info["progid"] + ("" if info["creatable"] else ", not creatable")]
+    if info["default"]:
+        lines.append(f"Default member: {info['default']} (obj(...), obj[...])")
+    for e in info["events"]:
+        params = ", ".join(p["name"] for p in e["params"])
+        lines.append(f"Event {e['name']}({params}): {e['help']}")
+    return "\n".join(lines)
+
+
+_typed = {}
+
+
+def _typed_class(class_name):
+    """The CDispatch subclass named after the library class: help(obj) lists its members
+    with their declarations and help strings. Lookup stays late bound, in any case."""
+    cls = _typed.get(class_name)
+    if cls is not None:
+        return cls
+    view = _view_named(class_name)
+    namespace = {"__module__": __name__, "__doc__": _class_doc(view.info)}
+    all_puts = {}
+    for m in view.info["members"]:
+        if m["kind"] in ("let", "set"):
+            all_puts.setdefault(m["name"].lower(), []).append(m)
+    for key, m in view.methods.items():
+        namespace[m["name"]] = _MemberSlot(view, m["name"])
+    for key, m in view.gets.items():
+        if m["name"] in namespace:
+            continue
+        if m["required"]:
+            namespace[m["name"]] = _MemberSlot(view, m["name"])
+        else:
+            puts = [p for p in all_puts.get(key, ()) if p["required"] == 1]
+            namespace[m["name"]] = _property(view, m, puts)
+    for key, puts in all_puts.items():
+        name = puts[0]["name"]
+        if puts[0]["required"] >= 2:
+            namespace.setdefault("Set" + name, _MemberSlot(view, name, put=True))
+        elif key not in view.gets and name not in namespace:
+            namespace[name] = _property(view, None, puts)
+    cls = _typed[class_name] = type(view.name, (CDispatch,), namespace)
+    return cls
 
 
 def _items(handle):
@@ -193,6 +305,12 @@ class CDispatch:
     # Event handler objects relax this so that handlers can keep their own state.
     _strict_attributes = True
 
+    def __new__(cls, handle=None):
+        # An object comes back as an instance of the subclass named after its class.
+        if cls is CDispatch and handle is not None:
+            cls = _typed_class(handle.class_name)
+        return object.__new__(cls)
+
     def __init__(self, handle):
         object.__setattr__(self, "_handle", handle)
         object.__setattr__(self, "_view", _view_of(handle))
@@ -203,14 +321,14 @@ class CDispatch:
         view, key = self._view, name.lower()
         member = view.methods.get(key)
         if member is not None:
-            return _Call(self._handle, member["name"])
+            return BoundMember(self._handle, member["name"])
         member = view.gets.get(key)
         if member is not None:
             if member["required"]:
-                return _Call(self._handle, member["name"])
+                return BoundMember(self._handle, member["name"])
             return _rt.call(self._handle, member["name"], (), {})
         if key.startswith("set") and key[3:] in view.puts:
-            return _Call(self._handle, view.puts[key[3:]]["name"], put=True)
+            return BoundMember(self._handle, view.puts[key[3:]]["name"], put=True)
         raise AttributeError(f"'{view.name}' object has no member '{name}'")
 
     def __setattr__(self, name, value):
@@ -311,7 +429,8 @@ def DispatchWithEvents(progid, user_event_class):
     connection lasts as long as the returned object.
     """
     handle = Dispatch(progid)._handle
-    cls = type(user_event_class.__name__, (_EventsDispatch, user_event_class), {})
+    cls = type(user_event_class.__name__,
+               (_EventsDispatch, user_event_class, _typed_class(handle.class_name)), {})
     instance = cls.__new__(cls)
     CDispatch.__init__(instance, handle)
     user_event_class.__init__(instance)

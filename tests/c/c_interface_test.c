@@ -690,9 +690,55 @@ static void module_classes_describe_themselves_once_loaded(void) {
   check(listed && tsrt_class_count() == count, "the listing then holds the loaded class");
 }
 
+/* A help string is there and ends in a full stop. */
+static int has_help(int found, tsrt_text help) {
+  return found && help.length > 1 && help.chars[help.length - 1] == u'.';
+}
+
+static void help_strings_come_with_the_type_information(void) {
+  const tsrt_class* string_class = tsrt_class_find(u"clsZKString", 11);
+  tsrt_member_info member;
+  tsrt_text help = {0};
+  const int instr = find_member(string_class, u"InstrRight", TSRT_MEMBER_METHOD, &member);
+  check(instr >= 0 && tsrt_class_member_help(string_class, (size_t)instr, &help) &&
+            help.length > 20 && text_is(help.chars, 20, u"The position of the "),
+        "a member's help string reads as the member's table gives it");
+
+  /* Every class, member, event, enumeration and enumeration member has one, the classes
+     of the user-interface module too; indexes past
+     the end have none. */
+  size_t missing = 0, seen = 0;
+  for (size_t i = 0; i < tsrt_class_count(); ++i) {
+    const tsrt_class* c = tsrt_class_at(i);
+    tsrt_class_info info = {0};
+    tsrt_class_describe(c, &info);
+    missing += !has_help(tsrt_class_help(c, &help), help);
+    for (size_t m = 0; m < info.member_count; ++m, ++seen) {
+      missing += !has_help(tsrt_class_member_help(c, m, &help), help);
+    }
+    for (size_t e = 0; e < info.event_count; ++e, ++seen) {
+      missing += !has_help(tsrt_class_event_help(c, e, &help), help);
+    }
+    missing += tsrt_class_member_help(c, info.member_count, &help) +
+               tsrt_class_event_help(c, info.event_count, &help);
+  }
+  for (size_t i = 0; i < tsrt_enum_count(); ++i) {
+    size_t members = 0;
+    tsrt_enum_describe(i, NULL, &members);
+    missing += !has_help(tsrt_enum_help(i, &help), help);
+    for (size_t m = 0; m < members; ++m, ++seen) {
+      missing += !has_help(tsrt_enum_member_help(i, m, &help), help);
+    }
+    missing += tsrt_enum_member_help(i, members, &help);
+  }
+  missing += tsrt_class_help(NULL, &help) + tsrt_enum_help(tsrt_enum_count(), &help);
+  check(missing == 0 && seen > 250, "every name listed carries a help string");
+}
+
 int main(void) {
   check(tsrt_version() == TSRT_C_VERSION, "the library implements the header's version");
   module_classes_describe_themselves_once_loaded();
+  help_strings_come_with_the_type_information();
   results_of_string_members();
   errors_carry_five_fields();
   written_back_arguments_change_in_place();

@@ -1,6 +1,7 @@
 cmake_minimum_required(VERSION 3.25)
-# Every function the C header declares is exported by the library with the interface's
-# symbol version, and the library exports no tsrt_ symbol the header does not declare.
+# Every function the C header declares is exported by the library with the symbol version
+# of the interface version that added it (named in the version script, TSRT_C_1 for the
+# rest), and the library exports no tsrt_ symbol the header does not declare.
 file(READ ${HEADER} header)
 string(REGEX MATCHALL "\n(const )?[a-z_0-9]+[ *]+(tsrt_[a-z_0-9]+)\\(" declarations "${header}")
 set(declared)
@@ -13,14 +14,30 @@ if(count LESS 30)
   message(FATAL_ERROR "only ${count} declarations read from ${HEADER}")
 endif()
 
+file(READ ${MAP} map)
+string(REPLACE ";" "," map "${map}")  # a semicolon would split CMake's lists
+string(REGEX MATCHALL "TSRT_C_[0-9]+ {[^}]*}" nodes "${map}")
+foreach(node ${nodes})
+  string(REGEX MATCH "^TSRT_C_[0-9]+" version "${node}")
+  string(REGEX MATCHALL "tsrt_[a-z_0-9]+," named "${node}")
+  foreach(n ${named})
+    string(REPLACE "," "" n "${n}")
+    set(version_of_${n} ${version})
+  endforeach()
+endforeach()
+
 execute_process(COMMAND ${READELF} --dyn-syms -W ${LIBRARY} OUTPUT_VARIABLE symbols
                 RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)
   message(FATAL_ERROR "readelf failed on ${LIBRARY}")
 endif()
 foreach(name ${declared})
-  if(NOT symbols MATCHES " ${name}@@TSRT_C_1\n")
-    message(FATAL_ERROR "${name} is not exported as ${name}@@TSRT_C_1")
+  set(version TSRT_C_1)
+  if(DEFINED version_of_${name})
+    set(version ${version_of_${name}})
+  endif()
+  if(NOT symbols MATCHES " ${name}@@${version}\n")
+    message(FATAL_ERROR "${name} is not exported as ${name}@@${version}")
   endif()
 endforeach()
 string(REGEX MATCHALL " tsrt_[a-z_0-9]+@" exported "${symbols}")
@@ -30,4 +47,4 @@ foreach(e ${exported})
     message(FATAL_ERROR "${name} is exported but not declared in the header")
   endif()
 endforeach()
-message("${count} functions exported as TSRT_C_1")
+message("${count} functions exported with their versions")

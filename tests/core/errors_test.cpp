@@ -20,6 +20,12 @@ const EnumInfo* FindEnum(StringView name) {
   return found == all.end() ? nullptr : *found;
 }
 
+std::vector<std::pair<String, int32_t>> NamesAndValues(const EnumInfo& e) {
+  std::vector<std::pair<String, int32_t>> out;
+  for (const EnumMember& m : e.members) out.emplace_back(m.name, m.value);
+  return out;
+}
+
 TEST(ErrorCodes, PublishAll29MembersInOrderWithTheirValues) {
   const std::vector<std::pair<String, int32_t>> expected = {
       {u"xcZKERR_START_CLASS_STRING", -2147220804},  {u"xcZKERR_STRING_INSTRRIGHT", -2147220803},
@@ -40,10 +46,10 @@ TEST(ErrorCodes, PublishAll29MembersInOrderWithTheirValues) {
   };
   const EnumInfo* codes = FindEnum(u"xeZK_ERROR_CODES");
   ASSERT_NE(codes, nullptr);
-  EXPECT_EQ(codes->members, expected);
+  EXPECT_EQ(NamesAndValues(*codes), expected);
   const EnumInfo* languages = FindEnum(u"xeZK_INTERFACE_LANGUAGE");
   ASSERT_NE(languages, nullptr);
-  EXPECT_EQ(languages->members,
+  EXPECT_EQ(NamesAndValues(*languages),
             (decltype(expected){{u"xcZKLANG_RUS", 0}, {u"xcZKLANG_ENG", 1}}));
 }
 

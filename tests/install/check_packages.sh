@@ -40,6 +40,10 @@ check "the pkg-config file is in -dev" holds libtsruntime-dev '/usr/lib/.*/pkgco
 check "the link-time name is in -dev" holds libtsruntime-dev '/usr/lib/.*/libtsruntime\.so$'
 check "the Python package is in dist-packages" holds python3-tsruntime '/usr/lib/python3/dist-packages/tsruntime/__init__\.py$'
 check "tsrt is in the tools" holds tsruntime-tools '/usr/bin/tsrt$'
+check "the manual page tsrt(1) is in the tools" holds tsruntime-tools '/usr/share/man/man1/tsrt\.1\.gz$'
+for stub in __init__.pyi constants.pyi py.typed; do
+  check "the Python package carries $stub" holds python3-tsruntime "/dist-packages/tsruntime/${stub//./\\.}\$"
+done
 for p in libtsruntime-dev python3-tsruntime tsruntime-tools; do
   check "$p depends on this very runtime" depends $p 'libtsruntime1 \(= [0-9.]+\)'
 done
@@ -55,6 +59,9 @@ import sys; sys.path.insert(0, '$root/usr/lib/python3/dist-packages')
 import tsruntime
 assert tsruntime.__file__.startswith('$root'), tsruntime.__file__
 assert tsruntime.Dispatch('TSRuntimeLib.clsZKRunTimeLib').Init() is True"
+check "man tsrt shows the unpacked manual page without a warning" bash -c \
+  "[ -z \"\$(MANPATH='$root/usr/share/man' man --warnings tsrt 2>&1 >/dev/null)\" ] &&
+   MANPATH='$root/usr/share/man' man tsrt 2>/dev/null | grep -q 'tsrt members CLASS'"
 check "pkg-config reads the unpacked file" bash -c \
   "PKG_CONFIG_PATH=\$(dirname $root/usr/lib/*/pkgconfig/tsruntime.pc) pkg-config --modversion tsruntime | grep -qE '^[0-9]+\.[0-9]+\.[0-9]+$'"
 

@@ -130,30 +130,45 @@ TEST(Tsrt, ListsClassesMembersEnumerationsAndHelp) {
                    "Enumerator         TSRuntimeLib.Enumerator  (not creatable)\n",
                    "CTimer             TSRuntimeLib.CTimer\n",
                    "ISubclass          TSRuntimeLib.ISubclass  (not creatable)\n"}},
-      {"members CTimer", {"  Sub PulseTimer()\n", "\n  Event ThatTime()\nEnd Class\n"}},
-      {"enums EErrorTimer", {"  eeTooManyTimers = 13651\n  eeCantCreateTimer = 13652\n"}},
+      // each help string follows what it describes as a comment line, one step further in
+      {"members CTimer",
+       {"  Sub PulseTimer()\n    ' Raises ThatTime at once, running or not.\n",
+        "\n  Event ThatTime()\n    ' Raised on every tick, on the thread that created the "
+        "timer.\nEnd Class\n"}},
+      {"enums EErrorTimer",
+       {"  eeTooManyTimers = 13651\n    ' A thread's 101st running timer; raised Or "
+        "0x80040000.\n  eeCantCreateTimer = 13652\n"}},
       {"members clsZKRunTimeLib",
-       {"Class clsZKRunTimeLib  ' TSRuntimeLib.clsZKRunTimeLib\n  Function Init() As Boolean\n"
-        "  Property Let Language(ByVal RHS As Long)\n  Property Get Language() As Long\n",
-        "\n  Property Get GetObjString() As clsZKString\n"}},
+       {"Class clsZKRunTimeLib  ' TSRuntimeLib.clsZKRunTimeLib\n  ' The library's root object: ",
+        "\n  Function Init() As Boolean\n    ' Does no work and returns True.\n"
+        "  Property Let Language(ByVal RHS As Long)\n    ' The interface language of this "
+        "thread (xeZK_INTERFACE_LANGUAGE), stored unchecked; a new root object resets it to "
+        "Russian.\n  Property Get Language() As Long\n    ' The interface language of this "
+        "thread (",
+        "\n  Property Get GetObjString() As clsZKString\n    ' A new clsZKString on every "
+        "read.\n"}},
       {"members TSRuntimeLib.clsZKDictionary",
        {"Class clsZKDictionary  ' TSRuntimeLib.clsZKDictionary, enumerable with For Each\n",
-        "\n  Property Set Data(ByVal Item As Variant, ByVal vData As Variant)  ' default member\n",
+        "\n  Property Set Data(ByVal Item As Variant, ByVal vData As Variant)  ' default member\n"
+        "    ' The value of the key or zero-based index Item, or Nothing; the default member. ",
         "\n  Function NewEnum() As Enumerator  ' the enumerator For Each uses\n",
-        "\n  Event OnChanged(ByVal ChangedItem As Variant)\nEnd Class\n"}},
+        "\n  Event OnChanged(ByVal ChangedItem As Variant)\n    ' Raised by assigning Data or "
+        "Key, with the Item the host passed.\nEnd Class\n"}},
       {"members clszkstring",
        {"\n  Function Filter(ByVal Expression As String, ByVal FilteringStr As String, [ByVal "
         "Iclude As Boolean = False], [ByVal CompareType As Long = 0], [ByRef SelStart As Long]) "
-        "As String\n",
-        "\n  Function ArrayJoin(ByVal DataArray() As String) As String\n"
-        "  Function ArraySplit(ByVal DataString As String) As String()\n"}},
+        "As String\n    ' Keeps (Iclude True) or drops ",
+        "\n  Function ArrayJoin(ByVal DataArray() As String) As String\n    ' Packs ",
+        "\n  Function ArraySplit(ByVal DataString As String) As String()\n    ' Unpacks "}},
       {"members enumerator",
-       {"Class Enumerator  ' TSRuntimeLib.Enumerator, not creatable\n"
-        "  Function Next(ByRef Item As Variant) As Boolean\n",
-        "\n  Sub Reset()\n"}},
+       {"Class Enumerator  ' TSRuntimeLib.Enumerator, not creatable\n  ' Steps through ",
+        "\n  Function Next(ByRef Item As Variant) As Boolean\n    ' Puts the next item ",
+        "\n  Sub Reset()\n    ' Goes back to the first item.\n"}},
       {"enums xeZK_INTERFACE_LANGUAGE",
-       {"Enum xeZK_INTERFACE_LANGUAGE\n  xcZKLANG_RUS = 0\n  xcZKLANG_ENG = 1\nEnd Enum\n"}},
-      {"enums", {"\n  xcZKERR_STRING_INSTRRIGHT = -2147220803\n", "End Enum\n\nEnum "}},
+       {"Enum xeZK_INTERFACE_LANGUAGE\n  ' The thread's interface language, "
+        "clsZKRunTimeLib.Language.\n  xcZKLANG_RUS = 0\n    ' Russian texts.\n"
+        "  xcZKLANG_ENG = 1\n    ' English texts, where a text has both.\nEnd Enum\n"}},
+      {"enums", {"\n  xcZKERR_STRING_INSTRRIGHT = -2147220803\n    ' ", "End Enum\n\nEnum "}},
       {"--help", {"tsrt call CLASS MEMBER [ARG ...]", "Name:=literal"}}};
   for (const auto& c : cases) {
     const Outcome r = RunTsrt(c.args);

@@ -1,11 +1,13 @@
-// The texts `tsrt` shows when asked for help or misused.
+// The texts `tsrt` shows when asked for help or misused, rendered at build time from its
+// manual, docs/tsrt.md (tools/render_manual.py), which the manual page tsrt(1) comes from
+// too.
 #pragma once
 
 namespace tsrt {
 
-// The command synopsis, printed after a usage error.
+// The command synopsis (the manual's first code block), printed after a usage error.
 extern const char kUsage[];
-// `tsrt --help`: the synopsis, the commands, the literal syntax and the exit codes.
+// `tsrt --help`: the whole manual, laid out for a terminal.
 extern const char kHelp[];
 
 }  // namespace tsrt

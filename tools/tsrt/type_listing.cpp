@@ -54,6 +54,12 @@ const char* KindWord(const tsruntime::MemberInfo& m) {
   return "Function";
 }
 
+// The help string as a comment line under what it describes, two columns further in.
+std::string HelpLine(const tsruntime::String& help, const char* indent) {
+  if (help.empty()) return {};
+  return std::string(indent) + "' " + ToUtf8(help) + '\n';
+}
+
 }  // namespace
 
 std::string ListClasses(const std::vector<const tsruntime::ClassInfo*>& classes) {
@@ -95,18 +101,21 @@ std::string DescribeClass(const tsruntime::ClassInfo& info) {
   std::string out = "Class " + ToUtf8(info.name) + "  ' " + ToUtf8(info.progId());
   if (!info.creatable) out += ", not creatable";
   if (info.enumerable()) out += ", enumerable with For Each";
-  out += '\n';
-  for (const tsruntime::MemberInfo& m : info.members) out += "  " + DescribeMember(info, m) + '\n';
+  out += '\n' + HelpLine(info.help, "  ");
+  for (const tsruntime::MemberInfo& m : info.members) {
+    out += "  " + DescribeMember(info, m) + '\n' + HelpLine(m.help, "    ");
+  }
   for (const tsruntime::EventInfo& e : info.events) {
-    out += "  Event " + ToUtf8(e.name) + DeclareParams(e.params) + '\n';
+    out += "  Event " + ToUtf8(e.name) + DeclareParams(e.params) + '\n' + HelpLine(e.help, "    ");
   }
   return out + "End Class\n";
 }
 
 std::string DescribeEnum(const tsruntime::EnumInfo& info) {
-  std::string out = "Enum " + ToUtf8(info.name) + '\n';
-  for (const auto& [name, value] : info.members) {
-    out += "  " + ToUtf8(name) + " = " + std::to_string(value) + '\n';
+  std::string out = "Enum " + ToUtf8(info.name) + '\n' + HelpLine(info.help, "  ");
+  for (const tsruntime::EnumMember& m : info.members) {
+    out += "  " + ToUtf8(m.name) + " = " + std::to_string(m.value) + '\n';
+    out += HelpLine(m.help, "    ");
   }
   return out + "End Enum\n";
 }

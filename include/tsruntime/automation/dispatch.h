@@ -6,17 +6,26 @@
 //   TSRUNTIME_DEFINE_CLASS(clsZKString) {
 //     static const ClassInfo info =
 //         ClassBuilder<clsZKString>("clsZKString")
+//             .Help(u"Text operations: search, replace, filter, cut, trim and change case, ...")
 //             .Method("InstrRight", &clsZKString::InstrRight,
 //                     {"Expression", "SearchStr", Opt("SearchLen", -1),
 //                      Opt("CompareType", 0)})
+//             .Help(u"The position of the last SearchStr lying wholly in the first "
+//                   u"SearchLen characters of Expression (all for -1), or 0; ...")
 //             .Build();
 //     return info;
 //   }
 //
 // Parameter types, and whether an operation writes an argument back, come from the C++
 // signature: a parameter taken by non-const reference (or by pointer, for an optional
-// one) is written back to the caller. Hosts (the `tsrt` tool, the Python module) only
-// use `CreateObject` and `Invoke`; they hold no per-class code.
+// one) is written back to the caller.
+//
+// Each `.Help` line describes what was declared just before it, the class itself when
+// nothing was yet: one line of English in the interface's names, as the object browser
+// showed it. A property's help goes after its first accessor; the others share it.
+//
+// Hosts (the `tsrt` tool, the Python module, the C interface) only use the type
+// information, `CreateObject` and `Invoke`; they hold no per-class code.
 #pragma once
 
 #include <functional>
@@ -51,11 +60,15 @@ struct MemberInfo {
   // Calls the member with arguments bound in parameter order, defaults filled in.
   // Written-back arguments are left in `args`.
   std::function<Variant(Object& self, std::vector<Variant>& args)> call;
+  // One line of English: what the member does, naming its parameters as declared. The
+  // accessors of one property share theirs.
+  String help;
 };
 
 struct EventInfo {
   String name;
   std::vector<ParamInfo> params;
+  String help;  // when it is raised, and what its arguments carry
 };
 
 struct ClassInfo {
@@ -65,6 +78,7 @@ struct ClassInfo {
   std::vector<MemberInfo> members;
   String defaultMember;  // empty when the class has none
   std::vector<EventInfo> events;
+  String help;  // one line: what the class is for
 
   String progId() const { return u"TSRuntimeLib." + name; }
   // Whether the class enumerates through a `NewEnum` member.
@@ -73,9 +87,20 @@ struct ClassInfo {
   const MemberInfo* find(StringView member, MemberKind kind) const;
 };
 
+struct EnumMember {
+  String name;
+  int32_t value = 0;
+  String help;  // one line: what the value means where it is used
+};
+
+// An enumeration's table, help strings beside what they describe:
+//   {u"xeZK_TRIM_TYPE",
+//    {{u"xcZK_TRIM_LEFT", xcZK_TRIM_LEFT, u"Trim removes the characters at the start."}, ...},
+//    u"Which end of the text Trim works on."}
 struct EnumInfo {
   String name;
-  std::vector<std::pair<String, int32_t>> members;
+  std::vector<EnumMember> members;
+  String help;
 };
 
 // --- The class registry -------------------------------------------------------------
@@ -359,6 +384,9 @@ auto AsPointer(F fn) {
 // Checks a described member against its signature (names for every parameter).
 void CheckParams(const ClassInfo& info, const MemberInfo& member, size_t given);
 
+// Gives each property accessor without a help string the one its property declared.
+void ShareAccessorHelp(ClassInfo& info);
+
 }  // namespace dispatch_detail
 
 template <class C>
@@ -400,13 +428,23 @@ class ClassBuilder {
     return *this;
   }
   ClassBuilder& Event(std::string_view name, std::vector<Param> params) {
-    EventInfo e{FromAscii(name), {}};
+    EventInfo e{FromAscii(name), {}, {}};
     for (const Param& p : params) {
       e.params.push_back(ParamInfo{FromAscii(p.name), p.declared == VarType::kEmpty
                                                           ? VarType::kVariant
                                                           : p.declared});
     }
     info_.events.push_back(std::move(e));
+    described_ = Described::kEvent;
+    return *this;
+  }
+  // The help string of what was declared last: the member or event before it, or the
+  // class when it follows the constructor.
+  ClassBuilder& Help(StringView text) {
+    String& help = described_ == Described::kEvent    ? info_.events.back().help
+                   : described_ == Described::kMember ? info_.members.back().help
+                                                      : info_.help;
+    help = String(text);
     return *this;
   }
   // For classes that hosts receive but do not create (enumerators, say).
@@ -414,7 +452,10 @@ class ClassBuilder {
     info_.creatable = false;
     return *this;
   }
-  ClassInfo Build() { return std::move(info_); }
+  ClassInfo Build() {
+    dispatch_detail::ShareAccessorHelp(info_);
+    return std::move(info_);
+  }
 
  private:
   template <class F>
@@ -443,10 +484,13 @@ class ClassBuilder {
                        std::make_index_sequence<Sig::kArity>());
     };
     info_.members.push_back(std::move(m));
+    described_ = Described::kMember;
     return *this;
   }
 
   ClassInfo info_;
+  // What the next `.Help` describes: the last member, the last event, or the class.
+  enum class Described { kClass, kMember, kEvent } described_ = Described::kClass;
 };
 
 // Defines `Cls::classInfo` and `Cls::TypeInfo` and registers the class at load time;

@@ -1,0 +1,89 @@
+"""Help strings from the type information in help(), the enumerations as IntEnums, and the
+generated stubs checked by mypy."""
+
+import inspect
+import os
+import pydoc
+import subprocess
+import sys
+
+import tsruntime
+from tsruntime import constants
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+
+
+def help_of(progid, name):
+    return next(m.help for m in tsruntime.members(progid) if m.name == name)
+
+
+def test_help_shows_each_member_with_its_declaration_and_help_string():
+    s = tsruntime.Dispatch("TSRuntimeLib.clsZKString")
+    in_words = help_of("clsZKString", "InWords")
+    assert in_words.startswith("The amount in Russian words")
+    assert s.InWords.__doc__ == s.inwords.__doc__ == in_words
+    assert str(inspect.signature(s.Filter)) == (
+        "(Expression: str, FilteringStr: str, Iclude: bool = False, CompareType: int = 0, "
+        "SelStart: int = tsruntime.Missing) -> tuple[str, int | None]")
+    member_page = pydoc.render_doc(s.InWords, renderer=pydoc.plaintext)
+    assert "InWords(Expression: Decimal | float, IncludeUnitNames: bool = True) -> str\n" \
+        f"    {in_words}" in member_page
+    class_page = pydoc.render_doc(s, renderer=pydoc.plaintext)
+    assert help_of("clsZKRunTimeLib", "Init") not in class_page
+    for part in (tsruntime.members("clsZKString")[0].help, "TSRuntimeLib.clsZKString",
+                 f"InWords(self, Expression: Decimal | float, IncludeUnitNames: bool = True)"
+                 f" -> str\n |      {in_words}"):
+        assert part in class_page
+    lib_page = pydoc.render_doc(tsruntime.Dispatch("clsZKRunTimeLib"), renderer=pydoc.plaintext)
+    assert f"Language\n |      Language: int  (read/write)\n |      \n |      " \
+        f"{help_of('clsZKRunTimeLib', 'Language')}" in lib_page
+    d_page = pydoc.render_doc(tsruntime.Dispatch("clsZKDictionary"), renderer=pydoc.plaintext)
+    assert "Event OnChanged(ChangedItem): Raised by assigning Data" in d_page
+
+
+def test_objects_are_of_the_class_named_after_theirs_and_stay_late_bound():
+    lib = tsruntime.Dispatch("clsZKRunTimeLib")
+    s = lib.GetObjString
+    assert type(s).__name__ == "clsZKString" and isinstance(s, tsruntime.CDispatch)
+    assert type(s) is type(tsruntime.Dispatch("TSRuntimeLib.clsZKString"))
+    assert s.inwords(1) == s.InWords(1) and s.Filter("a-b", "-", SelStart=3) == ("ab", 2)
+    lib.language = 1
+    assert lib.Language == 1
+    lib.Language = 0
+    ini = tsruntime.Dispatch("clsZKIniFile")
+    ini.SepData = ":"  # write-only: assigned, never read
+    try:
+        ini.SepData
+    except AttributeError:
+        pass
+    else:
+        raise AssertionError("a write-only property was read")
+
+
+def test_enumerations_are_int_enums_whose_members_the_library_takes():
+    trim = constants.xeZK_TRIM_TYPE
+    assert trim.xcZK_TRIM_BOTH == 3 and constants.xcZK_TRIM_BOTH is trim.xcZK_TRIM_BOTH
+    assert issubclass(trim, int) and trim.__doc__.startswith("The ends of the text")
+    assert trim.xcZK_TRIM_LEFT.__doc__ == "Trim strips the start of the text."
+    s = tsruntime.Dispatch("clsZKString")
+    assert s.Trim("xxaxx", "x", trim.xcZK_TRIM_RIGHT, SelStart=5) == ("xxa", 3)
+    for name, members in tsruntime.enums().items():
+        assert {m.name: m.value for m in getattr(constants, name)} == members
+
+
+def test_mypy_accepts_the_classes_used_correctly_and_reports_each_misuse():
+    package = os.path.dirname(os.path.dirname(tsruntime.__file__))
+    for stub in ("__init__.pyi", "constants.pyi", "py.typed"):
+        assert os.path.exists(os.path.join(package, "tsruntime", stub)), stub
+    run = subprocess.run(
+        [sys.executable, "-m", "mypy", "--no-incremental", "--cache-dir", os.devnull,
+         "--show-error-codes", "--no-error-summary",
+         "uses_classes_correctly.py", "misuses_classes.py"],
+        cwd=os.path.join(HERE, "typing"), capture_output=True, text=True,
+        env=dict(os.environ, MYPYPATH=package))
+    errors = sorted(line for line in run.stdout.splitlines() if ": error:" in line)
+    assert run.returncode == 1 and len(errors) == 2, run.stdout + run.stderr
+    assert errors[0].startswith("misuses_classes.py:5: error: Argument 1 to \"InstrRight\"")
+    assert errors[0].endswith("[arg-type]")
+    assert errors[1].startswith("misuses_classes.py:6: error: \"clsZKString\" has no attribute "
+                                "\"InWrods\"")
