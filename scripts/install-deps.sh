@@ -1,26 +1,36 @@
 #!/usr/bin/env bash
-# Installs every Debian package the build, the tests and the benchmarks need.
-# Idempotent; run as root (or with sudo available) on a fresh Debian 12 machine.
+# Installs the Debian packages the project needs. Idempotent; run as root (or with sudo
+# available) on a fresh Debian 12 machine.
+#   scripts/install-deps.sh [runtime]
+# With `runtime`, only what the library, its modules and tsrt need to build (the demo);
+# without, everything the tests, benchmarks, fuzzing and packaging need as well.
 set -euo pipefail
 
-packages=(
+# The library, its compression and user-interface modules, and tsrt.
+runtime_packages=(
   build-essential cmake ninja-build pkg-config ccache
-  libgtest-dev libgmock-dev libbenchmark-dev
   libicu-dev zlib1g-dev uuid-dev libsqlite3-dev libx11-dev
-  qt6-base-dev libxcb1-dev xvfb xauth x11-xkb-utils
-  clang libclang-rt-14-dev
-  pybind11-dev python3-dev python3-pytest
-  coreutils locales
+  qt6-base-dev libxcb1-dev
 )
 
-# Toolchains of the binding examples (examples/gambas, examples/pascal). Only their tests
-# use them; CMake leaves those tests out where they are missing, and the library's own
-# build never needs them.
-binding_packages=(
-  fp-compiler
-  gambas3-devel gambas3-runtime
+# The rest, one need per line.
+test_packages=(
+  libgtest-dev libgmock-dev         # unit tests
+  libbenchmark-dev                  # benchmarks
+  pybind11-dev python3-dev          # the Python module
+  python3-pytest                    # its tests
+  clang libclang-rt-14-dev          # fuzz targets (libFuzzer)
+  xvfb xauth x11-xkb-utils          # user-interface and keyboard tests
+  fonts-dejavu-extra                # the font dialog's bold italic face
+  coreutils locales                 # the tests' locales and throwaway users
+  file                              # CPack, to find the binaries it strips
+  mmdebstrap                        # the scratch root the packages are installed into
+  fp-compiler                       # the Free Pascal binding example
+  gambas3-devel gambas3-runtime     # the Gambas binding example
 )
-packages+=("${binding_packages[@]}")
+
+packages=("${runtime_packages[@]}")
+[ "${1:-}" = runtime ] || packages+=("${test_packages[@]}")
 
 missing=()
 for p in "${packages[@]}"; do

@@ -1,0 +1,86 @@
+#!/usr/bin/env bash
+# Tries the README's two commands as a newcomer would, on a fresh Debian 12 root file
+# system: mmdebstrap's minbase plus apt, git and sudo; this repository cloned into it (its
+# committed HEAD) with ../shared beside it. Runs scripts/demo.sh, then scripts/test.sh,
+# inside it as root and prints each one's wall time. Run by hand before a release, as
+# root, with Debian's archive reachable; it takes an hour or more on two cores.
+#   scripts/fresh-machine.sh [WORKDIR]     (default: a new folder under /var/tmp)
+# The root is deleted at the end; the two logs stay in WORKDIR.
+set -euo pipefail
+checkout=$(cd "$(dirname "$0")/.." && pwd)
+[ "$(id -u)" -eq 0 ] || { echo "fresh-machine: run as root (it mounts and chroots)" >&2; exit 2; }
+command -v mmdebstrap >/dev/null || DEBIAN_FRONTEND=noninteractive apt-get install -y mmdebstrap
+
+work=${1:-$(mktemp -d /var/tmp/fresh-machine.XXXXXX)}
+mkdir -p "$work"
+work=$(realpath "$work")
+root=$work/root
+mounts=()
+
+cleanup() {
+  set +e
+  # Whatever the tests left running in the root (an X server, a child) holds its mounts.
+  for p in /proc/[0-9]*; do
+    [ "$(readlink "$p/root" 2>/dev/null)" = "$root" ] && kill -9 "${p#/proc/}" 2>/dev/null
+  done
+  sleep 1
+  for ((i = ${#mounts[@]} - 1; i >= 0; i--)); do
+    umount "${mounts[i]}" 2>/dev/null || umount -l "${mounts[i]}"
+  done
+  # Never delete through a mount that is still there.
+  if findmnt -rn -o TARGET | grep -q "^$root/"; then
+    echo "fresh-machine: $root still has mounts; left in place" >&2
+  else
+    rm -rf --one-file-system "$root"
+  fi
+}
+trap cleanup EXIT
+trap 'exit 130' INT TERM
+
+mount_in() {  # mount_in TARGET MOUNT-ARGUMENTS...
+  mkdir -p "$root/$1"
+  mount "${@:2}" "$root/$1"
+  mounts+=("$root/$1")
+}
+
+[ -n "$(git -C "$checkout" status --porcelain)" ] &&
+  echo "fresh-machine: the checkout has uncommitted changes; the root gets HEAD only" >&2
+
+echo "fresh-machine: load before: $(cut -d' ' -f1-3 /proc/loadavg), $(nproc) cores"
+start=$SECONDS
+mmdebstrap --variant=minbase --include=apt,git,sudo bookworm "$root" \
+  "deb http://deb.debian.org/debian bookworm main" \
+  "deb http://deb.debian.org/debian bookworm-updates main" \
+  "deb http://deb.debian.org/debian-security bookworm-security main" >"$work/mmdebstrap.log" 2>&1 ||
+  { tail -20 "$work/mmdebstrap.log"; exit 1; }
+echo "fresh-machine: root made in $((SECONDS - start)) s"
+cp /etc/resolv.conf "$root/etc/resolv.conf"
+mkdir -p "$root/work"
+git clone -q "$checkout" "$root/work/tsruntime"
+cp -a "$checkout/../shared" "$root/work/shared"
+
+# mmdebstrap made the device nodes; the host's /dev itself stays out.
+mount_in proc -t proc proc
+mount_in sys -t sysfs sysfs
+mount_in dev/pts --bind /dev/pts
+mount_in dev/shm -t tmpfs tmpfs
+mount_in tmp -t tmpfs tmpfs
+
+run() {  # run NAME COMMAND: one README command in the root, as a newcomer's shell has it
+  local t=$SECONDS rc=0
+  chroot "$root" /usr/bin/env -i HOME=/root LANG=C.UTF-8 TERM=dumb \
+    PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin \
+    bash -c "cd /work/tsruntime && $2" >"$work/$1.log" 2>&1 || rc=$?
+  local s=$((SECONDS - t))
+  results+=("$1: $((s / 60)) min $((s % 60)) s, exit $rc (log: $work/$1.log)")
+  echo "fresh-machine: ${results[-1]}"
+  [ "$rc" -eq 0 ] || { tail -30 "$work/$1.log"; failed=1; }
+}
+results=()
+failed=0
+run demo scripts/demo.sh
+run test scripts/test.sh
+
+echo "fresh-machine: load after: $(cut -d' ' -f1-3 /proc/loadavg)"
+printf 'fresh-machine: %s\n' "${results[@]}"
+exit "$failed"
