@@ -6,6 +6,7 @@
 # root, with Debian's archive reachable; it takes an hour or more on two cores.
 #   scripts/fresh-machine.sh [WORKDIR]     (default: a new folder under /var/tmp)
 # The root is deleted at the end; the two logs stay in WORKDIR.
+{ # read whole before it runs, so that editing the checkout meanwhile cannot derail it
 set -euo pipefail
 checkout=$(cd "$(dirname "$0")/.." && pwd)
 [ "$(id -u)" -eq 0 ] || { echo "fresh-machine: run as root (it mounts and chroots)" >&2; exit 2; }
@@ -48,10 +49,8 @@ mount_in() {  # mount_in TARGET MOUNT-ARGUMENTS...
 
 echo "fresh-machine: load before: $(cut -d' ' -f1-3 /proc/loadavg), $(nproc) cores"
 start=$SECONDS
-mmdebstrap --variant=minbase --include=apt,git,sudo bookworm "$root" \
-  "deb http://deb.debian.org/debian bookworm main" \
-  "deb http://deb.debian.org/debian bookworm-updates main" \
-  "deb http://deb.debian.org/debian-security bookworm-security main" >"$work/mmdebstrap.log" 2>&1 ||
+# With no mirror named, mmdebstrap takes Debian's own, updates and security included.
+mmdebstrap --variant=minbase --include=apt,git,sudo bookworm "$root" >"$work/mmdebstrap.log" 2>&1 ||
   { tail -20 "$work/mmdebstrap.log"; exit 1; }
 echo "fresh-machine: root made in $((SECONDS - start)) s"
 cp /etc/resolv.conf "$root/etc/resolv.conf"
@@ -84,3 +83,4 @@ run test scripts/test.sh
 echo "fresh-machine: load after: $(cut -d' ' -f1-3 /proc/loadavg)"
 printf 'fresh-machine: %s\n' "${results[@]}"
 exit "$failed"
+}

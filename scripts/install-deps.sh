@@ -2,19 +2,19 @@
 # Installs the Debian packages the project needs. Idempotent; run as root (or with sudo
 # available) on a fresh Debian 12 machine.
 #   scripts/install-deps.sh [runtime]
-# With `runtime`, only what the library, its modules and tsrt need to build (the demo);
+# With `runtime`, only what the library, its compression module and tsrt need (the demo);
 # without, everything the tests, benchmarks, fuzzing and packaging need as well.
 set -euo pipefail
 
-# The library, its compression and user-interface modules, and tsrt.
+# The library, its compression module and tsrt.
 runtime_packages=(
   build-essential cmake ninja-build pkg-config ccache
   libicu-dev zlib1g-dev uuid-dev libsqlite3-dev libx11-dev
-  qt6-base-dev libxcb1-dev
 )
 
 # The rest, one need per line.
 test_packages=(
+  qt6-base-dev libxcb1-dev          # the user-interface module
   libgtest-dev libgmock-dev         # unit tests
   libbenchmark-dev                  # benchmarks
   pybind11-dev python3-dev          # the Python module
@@ -24,7 +24,6 @@ test_packages=(
   fonts-dejavu-extra                # the font dialog's bold italic face
   coreutils locales                 # the tests' locales and throwaway users
   file                              # CPack, to find the binaries it strips
-  mmdebstrap                        # the scratch root the packages are installed into
   fp-compiler                       # the Free Pascal binding example
   gambas3-devel gambas3-runtime     # the Gambas binding example
 )
