@@ -93,6 +93,8 @@ for node in null:1:3 zero:1:5 full:1:7 random:1:8 urandom:1:9; do
   IFS=: read -r name major minor <<<"$node"
   mknod -m 666 "$root/dev/$name" c "$major" "$minor"
 done
+mount_at "$root/dev/pts" -t devpts -o newinstance,ptmxmode=0666 devpts
+ln -s pts/ptmx "$root/dev/ptmx"
 mount_at "$root/proc" -t proc proc
 mount_at "$root/tmp" -t tmpfs tmpfs
 mkdir -m 755 "$root/tmp/debs" && cp "$dir"/*.deb "$root/tmp/debs/" && chmod 644 "$root"/tmp/debs/*
@@ -134,6 +136,8 @@ done
 check "apt-get removes every package without a warning" quiet "apt-get remove -y $names"
 check "removal leaves no byte code" bash -c "! test -e $root/usr/lib/python3/dist-packages/tsruntime"
 check "removal keeps the machine-wide store" test -e "$root/var/lib/tsruntime/registry.db"
+# apt-get purges only what is installed (a removed package from a file is unknown to it).
+check "apt-get installs them again without a warning" quiet "apt-get install -y /tmp/debs/*.deb"
 check "apt-get purges every package without a warning" quiet "apt-get purge -y $names"
 check "purge removes the machine-wide store" bash -c "! test -e $root/var/lib/tsruntime"
 # Whatever the overlay holds now, apart from the package manager's own records, is a file
