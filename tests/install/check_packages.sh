@@ -133,6 +133,25 @@ for lang in cpp c; do
     cd /tmp && cp readme.$lang '$file' && $build -Wall -Werror && ./$program | grep 'abc'"
 done
 
+check "a venv given a link to the package's folder imports it, and no other Debian package" in_root "
+  python3 -m venv --without-pip /tmp/venv &&
+  ln -s \$(tsrt --python-path)/tsruntime \$(/tmp/venv/bin/python3 -c 'import sysconfig; print(sysconfig.get_path(\"purelib\"))')/ &&
+  /tmp/venv/bin/python3 -c 'import sys, tsruntime
+assert tsruntime.Dispatch(\"clsZKRunTimeLib\").Init() is True
+assert not [p for p in sys.path if p.startswith(\"/usr/lib/python3/\")], sys.path'"
+
+# The binding examples build against the installed packages as docs/bindings.md shows.
+cp -r "$(dirname "$readme")/examples" "$root/tmp/examples"
+if command -v fpc >/dev/null; then
+  check "the Free Pascal example builds against the packages and passes" in_root "
+    mkdir -p /tmp/pascal && fpc -Mobjfpc -FU/tmp/pascal -FE/tmp/pascal /tmp/examples/pascal/tsrt_demo.pas &&
+    /tmp/pascal/tsrt_demo"
+fi
+if command -v gbc3 >/dev/null && command -v gbx3 >/dev/null; then
+  check "the Gambas example compiles and passes against the packages" in_root \
+    "gbc3 -a /tmp/examples/gambas && gbx3 /tmp/examples/gambas"
+fi
+
 check "apt-get removes every package without a warning" quiet "apt-get remove -y $names"
 check "removal leaves no byte code" bash -c "! test -e $root/usr/lib/python3/dist-packages/tsruntime"
 check "removal keeps the machine-wide store" test -e "$root/var/lib/tsruntime/registry.db"
