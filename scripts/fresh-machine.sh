@@ -65,13 +65,21 @@ mount_in dev/pts --bind /dev/pts
 mount_in dev/shm -t tmpfs tmpfs
 mount_in tmp -t tmpfs tmpfs
 
+cpu_seconds() {  # CPU time used so far by this script's finished children, into $cpu_now
+  times >"$work/times"   # not in a subshell: a subshell's children are not these
+  cpu_now=$(tail -1 "$work/times" | tr ms '  ' | awk '{printf "%d", $1 * 60 + $2 + $3 * 60 + $4}')
+}
 run() {  # run NAME COMMAND: one README command in the root, as a newcomer's shell has it
-  local t=$SECONDS rc=0
+  local t=$SECONDS cpu rc=0
+  cpu_seconds; cpu=$cpu_now
   chroot "$root" /usr/bin/env -i HOME=/root LANG=C.UTF-8 TERM=dumb \
     PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin \
     bash -c "cd /work/tsruntime && $2" >"$work/$1.log" 2>&1 || rc=$?
   local s=$((SECONDS - t))
-  results+=("$1: $((s / 60)) min $((s % 60)) s, exit $rc (log: $work/$1.log)")
+  cpu_seconds; cpu=$((cpu_now - cpu))
+  # On a busy machine the wall time says little; the CPU time, spread over the cores,
+  # is what an idle one would need besides the downloads.
+  results+=("$1: $((s / 60)) min $((s % 60)) s wall, $((cpu / 60)) min $((cpu % 60)) s CPU, load $(cut -d' ' -f1 /proc/loadavg), exit $rc (log: $work/$1.log)")
   echo "fresh-machine: ${results[-1]}"
   [ "$rc" -eq 0 ] || { tail -30 "$work/$1.log"; failed=1; }
 }
