@@ -39,7 +39,8 @@ foreach(pc tsruntime tsruntime-c)
   configure_file(cmake/${pc}.pc.in ${pc}.pc.in @ONLY)
   install(CODE "set(pc_file ${CMAKE_CURRENT_BINARY_DIR}/${pc}.pc)" COMPONENT development)
   install(CODE [[
-    cmake_path(SET prefix NORMALIZE "${CMAKE_INSTALL_PREFIX}")
+    cmake_path(ABSOLUTE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY "$ENV{PWD}" NORMALIZE
+               OUTPUT_VARIABLE prefix)
     string(REGEX REPLACE "(.)/$" "\\1" prefix "${prefix}")
     configure_file(${pc_file}.in ${pc_file} @ONLY)
   ]] COMPONENT development)

@@ -16,7 +16,7 @@ work=${1:-$(mktemp -d /var/tmp/fresh-machine.XXXXXX)}
 mkdir -p "$work"
 work=$(realpath "$work")
 root=$work/root
-mounts=()
+source "$checkout/scripts/scratch-mounts.sh"
 
 cleanup() {
   set +e
@@ -25,24 +25,11 @@ cleanup() {
     [ "$(readlink "$p/root" 2>/dev/null)" = "$root" ] && kill -9 "${p#/proc/}" 2>/dev/null
   done
   sleep 1
-  for ((i = ${#mounts[@]} - 1; i >= 0; i--)); do
-    umount "${mounts[i]}" 2>/dev/null || umount -l "${mounts[i]}"
-  done
-  # Never delete through a mount that is still there.
-  if findmnt -rn -o TARGET | grep -q "^$root/"; then
-    echo "fresh-machine: $root still has mounts; left in place" >&2
-  else
-    rm -rf --one-file-system "$root"
-  fi
+  unmount_all
+  remove_scratch "$root"
 }
 trap cleanup EXIT
 trap 'exit 130' INT TERM
-
-mount_in() {  # mount_in TARGET MOUNT-ARGUMENTS...
-  mkdir -p "$root/$1"
-  mount "${@:2}" "$root/$1"
-  mounts+=("$root/$1")
-}
 
 [ -n "$(git -C "$checkout" status --porcelain)" ] &&
   echo "fresh-machine: the checkout has uncommitted changes; the root gets HEAD only" >&2
@@ -59,11 +46,11 @@ git clone -q "$checkout" "$root/work/tsruntime"
 cp -a "$checkout/../shared" "$root/work/shared"
 
 # mmdebstrap made the device nodes; the host's /dev itself stays out.
-mount_in proc -t proc proc
-mount_in sys -t sysfs sysfs
-mount_in dev/pts --bind /dev/pts
-mount_in dev/shm -t tmpfs tmpfs
-mount_in tmp -t tmpfs tmpfs
+mount_at "$root/proc" -t proc proc
+mount_at "$root/sys" -t sysfs sysfs
+mount_at "$root/dev/pts" -t devpts -o newinstance,ptmxmode=0666 devpts
+mount_at "$root/dev/shm" -t tmpfs tmpfs
+mount_at "$root/tmp" -t tmpfs tmpfs
 
 cpu_seconds() {  # CPU time used so far by this script's finished children, into $cpu_now
   times >"$work/times"   # not in a subshell: a subshell's children are not these

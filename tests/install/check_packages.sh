@@ -10,17 +10,10 @@ set -uo pipefail
 dir=$(realpath "$1")
 readme=$(realpath "$(dirname "$0")/../../README.md")
 [ "$(id -u)" -eq 0 ] || { echo "check_packages: run as root (it mounts a scratch root)"; exit 2; }
+source "$(dirname "$0")/../../scripts/scratch-mounts.sh"
 scratch=$(mktemp -d)
 layers=$scratch/layers root=$scratch/root
-mounts=()
-cleanup() {
-  for ((i = ${#mounts[@]} - 1; i >= 0; i--)); do umount "${mounts[i]}" || umount -l "${mounts[i]}"; done
-  findmnt -rn -o TARGET | grep -q "^$scratch/" || rm -rf --one-file-system "$scratch"
-}
-trap cleanup EXIT
-mount_at() {  # mount_at DIR MOUNT-ARGUMENTS...
-  mkdir -p "$1" && mount "${@:2}" "$1" && mounts+=("$1")
-}
+trap 'unmount_all; remove_scratch "$scratch"' EXIT
 
 passed=0 failed=0
 check() {  # check DESCRIPTION COMMAND...
