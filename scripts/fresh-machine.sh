@@ -2,14 +2,14 @@
 # Tries the README's two commands as a newcomer would, on a fresh Debian 12 root file
 # system: mmdebstrap's minbase plus apt, git and sudo; this repository cloned into it (its
 # committed HEAD) with ../shared beside it. Runs scripts/demo.sh, then scripts/test.sh,
-# inside it as root and prints each one's wall time. Run by hand before a release, as
-# root, with Debian's archive reachable; it takes an hour or more on two cores.
+# inside it as root and prints each one's wall time. Run by hand before a release (as
+# root, or through sudo), with Debian's archive reachable; it takes hours on two cores.
 #   scripts/fresh-machine.sh [WORKDIR]     (default: a new folder under /var/tmp)
 # The root is deleted at the end; the two logs stay in WORKDIR.
 { # read whole before it runs, so that editing the checkout meanwhile cannot derail it
 set -euo pipefail
 checkout=$(cd "$(dirname "$0")/.." && pwd)
-[ "$(id -u)" -eq 0 ] || { echo "fresh-machine: run as root (it mounts and chroots)" >&2; exit 2; }
+[ "$(id -u)" -eq 0 ] || exec sudo bash "$0" "$@"   # it mounts and chroots
 command -v mmdebstrap >/dev/null || DEBIAN_FRONTEND=noninteractive apt-get install -y mmdebstrap
 
 work=${1:-$(mktemp -d /var/tmp/fresh-machine.XXXXXX)}

@@ -4,12 +4,12 @@
 # root, used there, removed and purged, with no warning at any step and nothing left
 # behind. The scratch root is an overlay over this machine, which has the packages'
 # dependencies (scripts/install-deps.sh), so nothing is downloaded; writes stay in the
-# overlay and vanish with it. Needs root, for the mounts and chroot.
+# overlay and vanish with it. Runs as root (through sudo when started by another user).
 #   tests/install/check_packages.sh PACKAGE_DIR
 set -uo pipefail
 dir=$(realpath "$1")
 readme=$(realpath "$(dirname "$0")/../../README.md")
-[ "$(id -u)" -eq 0 ] || { echo "check_packages: run as root (it mounts a scratch root)"; exit 2; }
+[ "$(id -u)" -eq 0 ] || exec sudo bash "$0" "$@"   # it mounts a scratch root and chroots
 source "$(dirname "$0")/../../scripts/scratch-mounts.sh"
 scratch=$(mktemp -d)
 layers=$scratch/layers root=$scratch/root
