@@ -32,9 +32,22 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tsruntimeConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/tsruntimeConfigVersion.cmake
         DESTINATION ${TSRUNTIME_CMAKE_DIR} COMPONENT development)
 
-file(RELATIVE_PATH TSRUNTIME_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
-configure_file(cmake/tsruntime.pc.in ${CMAKE_CURRENT_BINARY_DIR}/tsruntime.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tsruntime.pc
-        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+# pkg-config files: tsruntime for C++ (it adds -std=c++20), tsruntime-c for C. Their
+# prefix is the one installed to, written when installing, so that the flags hold plain
+# absolute paths (none at all for /usr) wherever the tree goes.
+set(prefix @prefix@)
+foreach(pc tsruntime tsruntime-c)
+  configure_file(cmake/${pc}.pc.in ${pc}.pc.in @ONLY)
+  install(CODE "set(pc_file ${CMAKE_CURRENT_BINARY_DIR}/${pc}.pc)" COMPONENT development)
+  install(CODE [[
+    cmake_path(ABSOLUTE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY "$ENV{PWD}" NORMALIZE
+               OUTPUT_VARIABLE prefix)
+    string(REGEX REPLACE "(.)/$" "\\1" prefix "${prefix}")
+    configure_file(${pc_file}.in ${pc_file} @ONLY)
+  ]] COMPONENT development)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${pc}.pc
+          DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+endforeach()
+unset(prefix)
 
 include(cmake/Packaging.cmake)

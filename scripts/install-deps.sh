@@ -1,28 +1,39 @@
 #!/usr/bin/env bash
-# Installs every Debian package the build, the tests and the benchmarks need.
-# Idempotent; run as root (or with sudo available) on a fresh Debian 12 machine.
+# Installs the Debian packages the project needs. Idempotent; run as root (or with sudo
+# available) on a fresh Debian 12 machine.
+#   scripts/install-deps.sh [runtime]
+# With `runtime`, only what the library, its compression module and tsrt need (the demo);
+# without, everything the tests, benchmarks, fuzzing and packaging need as well.
 set -euo pipefail
 
-packages=(
+# The library, its compression module and tsrt.
+runtime_packages=(
   build-essential cmake ninja-build pkg-config ccache
-  libgtest-dev libgmock-dev libbenchmark-dev
   libicu-dev zlib1g-dev uuid-dev libsqlite3-dev libx11-dev
-  qt6-base-dev libxcb1-dev xvfb xauth x11-xkb-utils
-  qt6-translations-l10n fonts-dejavu-core fonts-dejavu-extra openbox libxtst-dev
-  clang libclang-rt-14-dev
-  pybind11-dev python3-dev python3-pytest python3-mypy
-  coreutils locales man-db groff-base
-  libedit-dev tmux
+  libedit-dev python3
 )
 
-# Toolchains of the bindings: the Free Pascal example (examples/pascal) and the Gambas
-# component (gambas/, built with gbc3 and gba3 for gambas3-tsruntime). CMake leaves them
-# and their tests out where they are missing; the library itself never needs them.
-binding_packages=(
-  fp-compiler
-  gambas3-devel gambas3-runtime
+# The rest, one need per line.
+test_packages=(
+  qt6-base-dev libxcb1-dev libxtst-dev   # the user-interface module and its key presses
+  qt6-translations-l10n                  # the dialogs' Russian texts
+  libgtest-dev libgmock-dev              # unit tests
+  libbenchmark-dev                       # benchmarks
+  pybind11-dev python3-dev               # the Python module
+  python3-pytest python3-mypy            # its tests and its type stubs' check
+  clang libclang-rt-14-dev               # fuzz targets (libFuzzer)
+  xvfb xauth x11-xkb-utils openbox       # user-interface and keyboard tests
+  fonts-dejavu-core fonts-dejavu-extra   # the dialogs' faces, bold italic included
+  coreutils locales                      # the tests' locales and throwaway users
+  man-db groff-base                      # tsrt's manual page, rendered by its test
+  tmux                                   # tsrt's interactive session on a terminal
+  file                                   # CPack, to find the binaries it strips
+  fp-compiler                            # the Free Pascal binding example
+  gambas3-devel gambas3-runtime          # the Gambas component and its test
 )
-packages+=("${binding_packages[@]}")
+
+packages=("${runtime_packages[@]}")
+[ "${1:-}" = runtime ] || packages+=("${test_packages[@]}")
 
 missing=()
 for p in "${packages[@]}"; do
@@ -37,7 +48,7 @@ if [ ${#missing[@]} -gt 0 ]; then
 fi
 
 # The user-interface tests run as a Russian-speaking user: the locale must exist.
-if ! locale -a 2>/dev/null | grep -qix 'ru_RU.utf8'; then
+if [ "${1:-}" != runtime ] && ! locale -a 2>/dev/null | grep -qix 'ru_RU.utf8'; then
   grep -qx 'ru_RU.UTF-8 UTF-8' /etc/locale.gen 2>/dev/null ||
     echo 'ru_RU.UTF-8 UTF-8' | $sudo tee -a /etc/locale.gen >/dev/null
   $sudo locale-gen >/dev/null

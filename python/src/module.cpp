@@ -268,6 +268,7 @@ PYBIND11_MODULE(_tsruntime, m) {
   using namespace tsruntime;
   using namespace tsruntime::python;
   m.doc() = "The Tessaly Runtime Library's dispatch layer; use the tsruntime package.";
+  m.attr("__version__") = TSRUNTIME_VERSION;
 
   py::register_exception_translator([](std::exception_ptr p) {
     if (!p) return;

@@ -33,3 +33,9 @@ def test_tsrt_names_the_folder_another_interpreter_can_import_the_package_from()
          "print(tsruntime.__file__, tsruntime.Dispatch('clsZKRunTimeLib').Init())"],
         capture_output=True, text=True, check=True)
     assert run.stdout.split() == [os.path.join(folder, "tsruntime", "__init__.py"), "True"]
+
+
+def test_the_package_tells_the_version_tsrt_tells():
+    version = subprocess.run([os.environ["TSRT"], "--version"], capture_output=True,
+                             text=True, check=True).stdout.split()[-1]
+    assert tsruntime.__version__ == version

@@ -23,7 +23,7 @@ except ImportError as _cause:
         "with this folder's parent on its path (PYTHONPATH, or a .pth file in its "
         "site-packages: `tsrt --python-path` prints the folder). See docs/python.md."
     ) from _cause
-from ._tsruntime import Empty, ErrorValue, Missing, Nothing, Null, SafeArray
+from ._tsruntime import Empty, ErrorValue, Missing, Nothing, Null, SafeArray, __version__
 # Conversion checks for the tests: Python -> Variant -> Python, and the type code taken.
 from ._tsruntime import _roundtrip, _vartype
 from . import _declarations as _decl

@@ -16,7 +16,7 @@ foreach(component runtime development tools)
 endforeach()
 foreach(required include/tsruntime/clsZKRunTimeLib.h include/tsruntime/tsruntime_c.h
                  lib/cmake/tsruntime/tsruntimeConfig.cmake
-                 lib/pkgconfig/tsruntime.pc lib/libtszlib.so)
+                 lib/pkgconfig/tsruntime.pc lib/pkgconfig/tsruntime-c.pc lib/libtszlib.so)
   if(NOT EXISTS ${prefix}/${required})
     message(FATAL_ERROR "not installed: ${required}")
   endif()
@@ -52,16 +52,25 @@ run(pkg-config --modversion tsruntime)
 if(NOT last_output STREQUAL "${VERSION}\n")
   message(FATAL_ERROR "pkg-config --modversion printed ${last_output}, not ${VERSION}")
 endif()
-run(pkg-config --cflags --libs tsruntime)
-string(STRIP "${last_output}" flags)
-separate_arguments(flags UNIX_COMMAND "${flags}")
+function(pkg_config_flags module expected var)  # the flags, which hold plain paths
+  run(pkg-config --cflags --libs ${module})
+  string(STRIP "${last_output}" flags)
+  if(NOT flags STREQUAL expected)
+    message(FATAL_ERROR "pkg-config --cflags --libs ${module} printed ${flags}, not ${expected}")
+  endif()
+  separate_arguments(flags UNIX_COMMAND "${flags}")
+  set(${var} ${flags} PARENT_SCOPE)
+endfunction()
+pkg_config_flags(tsruntime "-I${prefix}/include -std=c++20 -L${prefix}/lib -ltsruntime" flags)
 run(c++ ${SOURCE_DIR}/examples/hello_tsruntime.cpp ${flags} -Wl,-rpath,${prefix}/lib
     -o ${WORK_DIR}/hello_pkgconfig)
 run(${WORK_DIR}/hello_pkgconfig)
 if(NOT last_output MATCHES "Init: True\nCompressData: True")
   message(FATAL_ERROR "unexpected output of the pkg-config build:\n${last_output}")
 endif()
-run(cc -std=c11 ${SOURCE_DIR}/examples/hello_c.c ${flags} -Wl,-rpath,${prefix}/lib
+# C compilers get no C++ flag, which would warn: any warning fails.
+pkg_config_flags(tsruntime-c "-I${prefix}/include -L${prefix}/lib -ltsruntime" c_flags)
+run(cc -std=c11 -Werror ${SOURCE_DIR}/examples/hello_c.c ${c_flags} -Wl,-rpath,${prefix}/lib
     -o ${WORK_DIR}/hello_c_pkgconfig)
 run(${WORK_DIR}/hello_c_pkgconfig)
 if(NOT last_output MATCHES "Filter: abc")
