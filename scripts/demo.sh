@@ -19,10 +19,6 @@ step() {  # step CAPTION TSRT-ARGUMENTS...
   "$tsrt" "${@:2}" || true   # an error is part of the demo: it prints and goes on
 }
 
-# Enumeration members, given by value until tsrt reads their names (`tsrt enums` lists them).
-HKEY_CURRENT_USER=-2147483647
-xcTS_DICT_SORT_ASC=1
-
 step "the classes a host can create" classes
 step "the root object's type information" members clsZKRunTimeLib
 step "the root object: Init says the library is loaded" call clsZKRunTimeLib Init
@@ -37,7 +33,7 @@ step "sorting with ComareMethod 1, text compare, which ignores case" \
   call clsZKArray SortBubble 'Array("b", "a", "C") As String' ComareMethod:=1
 step "the MD5 digest of a string" call clsZKmd5 DigestStrToHexStr '"abc"'
 step "a sorted dictionary: the first key in order" \
-  call clsZKDictionary SortMode = $xcTS_DICT_SORT_ASC : Add '"b"' : Add '"a"' : Key 0
+  call clsZKDictionary SortMode = xcTS_DICT_SORT_ASC : Add '"b"' : Add '"a"' : Key 0
 step "files: write INI text (in the ANSI code page, lines ending in CR LF)" \
   call clsZKFileSystem StringWrite '"[Main]" & vbCrLf & "Name=Привет"' "\"$scratch/app.ini\""
 step "files: list the folder's files and subfolders" \
@@ -53,8 +49,8 @@ step "compression through the module libtszlib.so" \
   call clsZKMem CompressData 'Array(1, 1, 1, 1, 1, 1, 1, 1, 1, 1) As Byte'
 step "the high and the low word of a number" call clsZKMem HiWord 65537 : LoWord 65537
 step "the registry: write a value under HKEY_CURRENT_USER and read it back" \
-  call clsZKRegistry SetString $HKEY_CURRENT_USER '"Software\Demo"' '"Name"' '"Привет"' \
-  : GetString $HKEY_CURRENT_USER '"Software\Demo"' '"Name"'
+  call clsZKRegistry SetString HKEY_CURRENT_USER '"Software\Demo"' '"Name"' '"Привет"' \
+  : GetString HKEY_CURRENT_USER '"Software\Demo"' '"Name"'
 step "a new GUID" call clsZKSystem CreateGUID
 
 echo

@@ -96,7 +96,7 @@ TEST(Conversions, FollowTheHostRuntimesRules) {
       {"en_US", Variant(u"&HFFFFFFFF"), "Long -1; Double 4294967295; Currency 42949672950000"},
       {"en_US", Variant(u"&H100000000"), "Long error 6; Double 4294967296; Decimal 4294967296"},
       {"ru_RU", Variant(u" &hFFFFffffFFFFffff "),
-       "Decimal 18446744073709551615; Currency error 6; Double 18446744073709552000"},
+       "Decimal 18446744073709551615; Currency error 6; Double 18446744073709551616"},
       {"en_US", Variant(u"&H10000000000000000"), "Double error 6; Decimal error 6"},
       {"en_US", Variant(u"&O177777"), "Integer -1; Long 65535; Boolean True"},
       {"en_US", Variant(u"&H"), "Long error 13; Double error 13"},

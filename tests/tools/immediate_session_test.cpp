@@ -68,7 +68,9 @@ TEST(ImmediateSession, RunsStatementsAsTheHostLanguageDoes) {
        "Property Get Description() As String  ' default member\n"
        "Property Let Description(ByVal RHS As String)  ' default member\n"},
       {"? xeZK_INTERFACE_LANGUAGE",
-       "Enum xeZK_INTERFACE_LANGUAGE\n  xcZKLANG_RUS = 0\n  xcZKLANG_ENG = 1\nEnd Enum\n"},
+       "Enum xeZK_INTERFACE_LANGUAGE\n  ' The thread's interface language, "
+       "clsZKRunTimeLib.Language.\n  xcZKLANG_RUS = 0\n    ' Russian texts.\n"
+       "  xcZKLANG_ENG = 1\n    ' English texts, where a text has both.\nEnd Enum\n"},
       {"? TSRuntimeLib.clsZKRunTimeLib.Init", "Function Init() As Boolean\n"},
       {"clsTSError = 5 : ? clsTSError", "5\n"},  // a variable of that name wins
       // errors: printed as tsrt call prints them; On Error Resume Next keeps them in Err

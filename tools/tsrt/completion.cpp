@@ -203,7 +203,7 @@ Completion Complete(const ImmediateSession& session, std::string_view text) {
     }
     if (scope.err) matches.Offer(std::string_view("Clear"));
     if (scope.enumeration) {
-      for (const auto& member : scope.enumeration->members) matches.Offer(member.first);
+      for (const auto& member : scope.enumeration->members) matches.Offer(member.name);
     }
     if (scope.classes) {
       for (const ClassInfo* c : tsruntime::RegisteredClasses()) matches.Offer(c->name);

@@ -312,9 +312,9 @@ ImmediateSession::Value ImmediateSession::EvaluateMember(const Expr& e) {
   if (Bare(o) && !Find(o.name)) {
     if (const tsruntime::EnumInfo* en = EnumNamed(o.name)) {
       NearestName near(e.name);
-      for (const auto& [name, value] : en->members) {
-        if (Is(name, e.name)) return {Variant(value)};
-        near.Consider(name);
+      for (const tsruntime::EnumMember& m : en->members) {
+        if (Is(m.name, e.name)) return {Variant(m.value)};
+        near.Consider(m.name);
       }
       Fault(ToUtf8(en->name) + " has no member " + ToUtf8(e.name), e, Hint(near));
     }

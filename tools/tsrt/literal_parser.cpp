@@ -86,8 +86,8 @@ const tsruntime::EnumInfo* EnumNamed(StringView name) {
 
 std::optional<int32_t> EnumMemberNamed(StringView name) {
   for (const tsruntime::EnumInfo* e : tsruntime::RegisteredEnums()) {
-    for (const auto& [member, value] : e->members) {
-      if (Is(member, name)) return value;
+    for (const tsruntime::EnumMember& m : e->members) {
+      if (Is(m.name, name)) return m.value;
     }
   }
   return std::nullopt;
@@ -179,8 +179,8 @@ class Parser : public TextCursor {
       ++i_;
       const size_t at = i_;
       const StringView name = Word();
-      for (const auto& [member, value] : e->members) {
-        if (Is(member, name)) return value;
+      for (const tsruntime::EnumMember& m : e->members) {
+        if (Is(m.name, name)) return m.value;
       }
       FailAt("no member '" + tsruntime::ToUtf8(name) + "' in " + tsruntime::ToUtf8(e->name), at);
     }
@@ -670,7 +670,7 @@ std::vector<String> LiteralWords() {
   for (const TextConstant& c : kTextConstants) words.emplace_back(c.name);
   for (const Conversion& c : kConversions) words.emplace_back(c.name);
   for (const tsruntime::EnumInfo* e : tsruntime::RegisteredEnums()) {
-    for (const auto& member : e->members) words.push_back(member.first);
+    for (const auto& member : e->members) words.push_back(member.name);
   }
   return words;
 }
