@@ -14,10 +14,7 @@
 
 namespace {
 
-struct Outcome {
-  int code;
-  std::string out, err;
-};
+struct Outcome { int code; std::string out, err; };
 
 std::string Slurp(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
@@ -36,10 +33,7 @@ Outcome RunTsrt(const std::string& args, const std::string& environment = "") {
 }
 
 TEST(Tsrt, CallsPrintTheResultThenEachArgumentWrittenBack) {
-  const struct {
-    const char* args;
-    const char* out;
-  } cases[] = {
+  const struct { const char* args; const char* out; } cases[] = {
       {"call clsZKRunTimeLib Init", "True\n"},
       {"call clsZKRunTimeLib Language", "0\n"},  // declared Long: no mark
       {"call TSRuntimeLib.clsZKRunTimeLib Language = 1 : Language", "1\n"},
@@ -76,12 +70,7 @@ TEST(Tsrt, CallsPrintTheResultThenEachArgumentWrittenBack) {
 TEST(Tsrt, FailuresExitWithTheirStatusAndReportOnStandardError) {
   const std::string k438 =
       "Error 438 (ZKRuntimeLib): Object doesn't support this property or method\n";
-  const struct {
-    const char* args;
-    int code;
-    const char* out;
-    std::string err;
-  } cases[] = {
+  const struct { const char* args; int code; const char* out; std::string err; } cases[] = {
       {"call clsZKRunTimeLib Nope", 1, "", k438},
       {"call clsZKRunTimeLib Language = 1 : Language : Nope", 1, "1\n", k438},
       {"call NoSuchClass Init", 1, "",
@@ -178,12 +167,7 @@ TEST(Tsrt, ListsClassesMembersEnumerationsAndHelp) {
 }
 
 TEST(Tsrt, OnErrorResumeNextKeepsEachFailureInErrForTheStatementsAfterIt) {
-  const struct {
-    const char* args;
-    int code;
-    const char* out;
-    const char* err;
-  } cases[] = {
+  const struct { const char* args; int code; const char* out; const char* err; } cases[] = {
       {"call clsTSErrors On Error Resume Next : Nope : AddAsError Err : GetAsText", 0,
        "\"[438] Object doesn't support this property or method\" & vbCrLf\n", ""},
       {"call clsTSErrors on error resume next : Item 0 = 5 : Nope : AddAsError Err : Count", 0,
