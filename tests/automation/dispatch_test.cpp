@@ -64,8 +64,7 @@ std::string Show(const Variant& v) {
 
 TEST(ClassRegistry, CreatesClassesByNameInAnyCaseAndDescribesTheirMembers) {
   const std::pair<const char16_t*, const char*> rows[] = {
-      {u"tsruntimelib.CLSDISPATCHPROBE", "clsDispatchProbe"},
-      {u"", "error 429"},
+      {u"tsruntimelib.CLSDISPATCHPROBE", "clsDispatchProbe"}, {u"", "error 429"},
       {u"Other.clsDispatchProbe", "error 429"},
       {u"TSRuntimeLib.Enumerator", "error 429"},  // hosts receive enumerators, never create them
   };

@@ -127,12 +127,9 @@ TEST(CompareVariants, OrdersNumbersStringsAndEmptyAsTheHostRuntime) {
 TEST(Concatenate, JoinsBothSidesAsText) {
   ScopedLocale l("ru_RU");
   const std::tuple<Variant, Variant, const char*> rows[] = {
-      {Variant(u"a"), Variant(int16_t{5}), "a5"},
-      {Variant(1.5), Variant(true), "1,5True"},
-      {Variant::Null(), Variant(u"a"), "a"},
-      {Variant(), Variant::Null(), ""},
-      {Variant::Null(), Variant::Null(), "Null"},
-      {Described(u"D"), Variant(u"!"), "D!"},
+      {Variant(u"a"), Variant(int16_t{5}), "a5"}, {Variant(1.5), Variant(true), "1,5True"},
+      {Variant::Null(), Variant(u"a"), "a"}, {Variant(), Variant::Null(), ""},
+      {Variant::Null(), Variant::Null(), "Null"}, {Described(u"D"), Variant(u"!"), "D!"},
       {Variant(u"a"), Variant::Nothing(), "error 91"},
       {Variant(New<clsZKRunTimeLib>()), Variant(u"a"), "error 438"},
       {Variant(SafeArray::FromStrings({u"a"})), Variant(u"a"), "error 13"},

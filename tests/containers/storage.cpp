@@ -28,8 +28,7 @@ TEST(StorageItems, AcceptedTypesComeBackInBothLocalesAndOthersAreRefused) {
   const Variant refused = ErrorValue{-1};
   struct Case { const char* sentence; Variant added, read; };  // read Empty: as added
   const Case cases[] = {
-      {"Null", Variant::Null()},
-      {"the smallest Integer", Variant(int16_t{-32768})},
+      {"Null", Variant::Null()}, {"the smallest Integer", Variant(int16_t{-32768})},
       {"the smallest Long", I(-2147483647 - 1)},
       {"a Single kept to 7 digits", Variant(1.0f / 3.0f), Variant(0.3333333f)},
       {"a Double with 15 digits", Variant(123456.789012345)},
@@ -38,15 +37,12 @@ TEST(StorageItems, AcceptedTypesComeBackInBothLocalesAndOthersAreRefused) {
       {"a Decimal", Variant(*Decimal::ParsePlain("-79228162514264.337593543950335"))},
       {"a Byte", Variant(uint8_t{255})},
       {"a date, to whole seconds", At(2024, 3, 5, 14, 7, 9, 0.4), At(2024, 3, 5, 14, 7, 9)},
-      {"a date before 1899", At(1812, 9, 7, 6, 0, 1)},
-      {"the first date", At(100, 1, 1)},
+      {"a date before 1899", At(1812, 9, 7, 6, 0, 1)}, {"the first date", At(100, 1, 1)},
       {"the last date", At(9999, 12, 31, 23, 59, 59)},
       {"a string with Cyrillic, a line break and NUL", Variant(String(u"Жa\r\nb\0c", 7))},
-      {"True", Variant(true)},
-      {"False", Variant(false)},
+      {"True", Variant(true)}, {"False", Variant(false)},
       {"all 256 bytes, read back from index 0", Bytes(all, 5), Bytes(all)},
-      {"an empty byte array", Bytes({})},
-      {"Empty", Variant(), refused},
+      {"an empty byte array", Bytes({})}, {"Empty", Variant(), refused},
       {"Nothing", Variant::Nothing(), refused},
       {"an object", Variant(New<clsZKStorage>()), refused},
       {"the missing-argument marker", Variant::Missing(), refused},
@@ -144,8 +140,7 @@ TEST(StorageNodes, ClearEmptiesEveryNodeReachedInPlaceWhoeverHoldsIt) {
   const Case cases[] = {
       {"a child and grandchild the host holds", 3, {{0, 1}, {1, 2}}, false},
       {"the same child twice", 2, {{0, 1}, {0, 1}}, false},
-      {"a child without lists", 2, {{0, 1}}, false, 1},
-      {"a node under itself", 1, {{0, 0}}, true},
+      {"a child without lists", 2, {{0, 1}}, false, 1}, {"a node under itself", 1, {{0, 0}}, true},
       {"two nodes under each other", 2, {{0, 1}, {1, 0}}, true},
       {"one child under two parents, twice each", 4,
        {{0, 1}, {0, 2}, {1, 3}, {1, 3}, {2, 3}, {2, 3}}, false},

@@ -37,13 +37,8 @@ Ref<clsTSErrors> WithRecords(std::initializer_list<std::pair<int32_t, String>> r
 }
 
 TEST(ErrorRecord, RendersItsTextWithTheNumberInBracketsUnlessItIsZero) {
-  struct Row {
-    const char* what;
-    int32_t number;
-    String description;
-    bool include;
-    std::string text;
-  } rows[] = {
+  struct Row { const char* what; int32_t number; String description; bool include; std::string text;
+      } rows[] = {
       {"a number is shown in brackets", 5, u"Нет файла", true, "[5] Нет файла"},
       {"a negative number too", -2147220803, u"D", true, "[-2147220803] D"},
       {"number 0 shows the description alone", 0, u"D", true, "D"},
@@ -93,12 +88,7 @@ TEST(ErrorCollection, StartsEmptyAndRendersEachRecordOnItsOwnLine) {
   errors->Add(u"D", 5);
   errors->Add(u"Без номера");
   EXPECT_TRUE(errors->HasErrors());
-  struct Row {
-    const char* what;
-    Variant prefix;
-    bool include;
-    String text;
-  } rows[] = {
+  struct Row { const char* what; Variant prefix; bool include; String text; } rows[] = {
       {"no prefix", Variant::Missing(), true, u"[5] D\r\nБез номера\r\n"},
       {"without numbers", Variant::Missing(), false, u"D\r\nБез номера\r\n"},
       {"the report's prefix", Variant(u"  --> "), true, u"  --> [5] D\r\n  --> Без номера\r\n"},
@@ -111,11 +101,7 @@ TEST(ErrorCollection, StartsEmptyAndRendersEachRecordOnItsOwnLine) {
 
 TEST(ErrorCollection, TakesAnIndexThatIsNumericAndInRangeAndNothingElse) {
   auto errors = WithRecords({{10, u"ten"}, {20, u"twenty"}});
-  struct Row {
-    const char* what;
-    Variant index;
-    std::string record;
-  } rows[] = {
+  struct Row { const char* what; Variant index; std::string record; } rows[] = {
       {"index 0 is the first record", Variant(int16_t{0}), "10|ten"},
       {"index 1 the second", Variant(int32_t{1}), "20|twenty"},
       {"Count is past the end", Variant(int32_t{2}), "Nothing"},
@@ -125,10 +111,8 @@ TEST(ErrorCollection, TakesAnIndexThatIsNumericAndInRangeAndNothingElse) {
       {"a fraction picks the record it rounds to", Variant(0.5), "10|ten"},
       {"1.4 rounds down to 1", Variant(1.4), "20|twenty"},
       {"1.5 rounds to 2, where there is no record", Variant(1.5), "Nothing"},
-      {"-0.4 is below 0", Variant(-0.4), "Nothing"},
-      {"Empty counts as 0", Variant(), "10|ten"},
-      {"False counts as 0", Variant(false), "10|ten"},
-      {"True is -1", Variant(true), "Nothing"},
+      {"-0.4 is below 0", Variant(-0.4), "Nothing"}, {"Empty counts as 0", Variant(), "10|ten"},
+      {"False counts as 0", Variant(false), "10|ten"}, {"True is -1", Variant(true), "Nothing"},
       {"Null is not numeric", Variant::Null(), "Nothing"},
       {"a date is not numeric", Variant(Date{1.0}), "Nothing"},
       {"an object is not numeric", Variant(Ref<Object>(errors)), "Nothing"},
@@ -175,11 +159,7 @@ TEST(ErrorCollection, PacksRecordsAsTheStringFunctionsDoAndAppendsWhatItUnpacks)
   EXPECT_FALSE(copy->ToObject(packed)) << "False even when records were read";
   EXPECT_EQ(Records(*copy), "1|a\n2|b\n5|D\n-1|Ошибка\n0|\n") << "appended after those held";
 
-  struct Row {
-    const char* what;
-    String text;
-    std::string records;
-  } rows[] = {
+  struct Row { const char* what; String text; std::string records; } rows[] = {
       {"an empty text appends nothing", u"", ""},
       {"a header that is not a number appends nothing", u"abc", ""},
       {"a header below 9 appends nothing", u"000000001", ""},
@@ -282,12 +262,8 @@ TEST(ErrorCollection, TakesARecordWhereTextIsExpected) {
 }
 
 TEST(ErrorReport, BuildsItsLinesFromTheContextCodeMessageAndRecords) {
-  struct Row {
-    const char* what;
-    String program, module, function, message;
-    int32_t code;
-    String text;
-  } rows[] = {
+  struct Row { const char* what; String program, module, function, message; int32_t code;
+      String text; } rows[] = {
       {"nothing at all still names the program", u"", u"", u"", u"", 0,
        u"Программа:\t\r\n\r\n"},
       {"everything", u"Склад", u"modImport", u"Run", u"Сбой", -5,

@@ -86,8 +86,7 @@ TEST(RaiseConvention, EveryFormFillsAllFiveFields) {
   EXPECT_STREQ(Error(xcZKERR_FS_FILEKILL, u"src", u"Ошибка").what(),
                "Error -2147220599 (src): Ошибка");
   const std::pair<int32_t, const char*> runtime_texts[] = {
-      {5, "Invalid procedure call or argument"},
-      {9, "Subscript out of range"},
+      {5, "Invalid procedure call or argument"}, {9, "Subscript out of range"},
       {438, "Object doesn't support this property or method"},
       {450, "Wrong number of arguments or invalid property assignment"},
       {12345, "Application-defined or object-defined error"},

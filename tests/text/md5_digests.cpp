@@ -139,11 +139,7 @@ TEST_F(Md5, FilesThatAreNotRegularAreRefusedWithoutWaiting) {
   const std::string fifo = file_ + ".fifo";
   std::filesystem::remove(fifo);  // left by a run that was killed
   ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
-  const struct {
-    const char* what;
-    std::string path;
-    RuntimeError error;
-  } cases[] = {
+  const struct { const char* what; std::string path; RuntimeError error; } cases[] = {
       {"a FIFO with no writer", fifo, RuntimeError::kBadFileNameOrNumber},
       {"a device without end", "/dev/zero", RuntimeError::kBadFileNameOrNumber},
       {"an empty device", "/dev/null", RuntimeError::kBadFileNameOrNumber},

@@ -23,18 +23,15 @@ TEST(Completion, OffersWhatMayStandAtTheCursor) {
       << err.str();
   const std::vector<std::string> zk_s = {"clsZKStorage", "clsZKStorageItems", "clsZKStorageNodes",
                                          "clsZKString",  "clsZKStringConcat", "clsZKSystem"};
-  const struct {
-    const char* line;
-    testing::Matcher<std::vector<std::string>> candidates;
-  } rows[] = {
+  const struct { const char* line; testing::Matcher<std::vector<std::string>> candidates;
+      } rows[] = {
       {"Set t = CreateObject(\"TSRuntimeLib.clsZKStr",
        ElementsAre("clsZKString", "clsZKStringConcat")},
       {"Set t = CreateObject(\"clszkstr", ElementsAre("clsZKString", "clsZKStringConcat")},
       {"Set t = CreateObject(\"TSR", ElementsAre("TSRuntimeLib.")},
       {"Set t = New clsZKS", testing::ContainerEq(zk_s)},
       {"? \"s.InW", ElementsAre()},  // inside text
-      {"? s.InW", ElementsAre("InWords")},
-      {"? s.inw", ElementsAre("InWords")},
+      {"? s.InW", ElementsAre("InWords")}, {"? s.inw", ElementsAre("InWords")},
       {"? errs.Item(0).Desc", ElementsAre("Description")},  // what Item returns
       {"? Err.", ElementsAre("Clear", "Description", "HelpContext", "HelpFile", "Number", "Source")},
       {"? clsZKRunTimeLib.Ini", ElementsAre("Init")},
@@ -46,8 +43,7 @@ TEST(Completion, OffersWhatMayStandAtTheCursor) {
       {"Call s.Trim(\"x\", \"\", xcZK_TRIM_", Contains("xcZK_TRIM_LEFT")},
       {"? s.Trim(\"x\", Len(1), c", Contains("CompareType:=")},
       {"? hkey_cu", ElementsAre("HKEY_CURRENT_CONFIG", "HKEY_CURRENT_USER")},
-      {"? vbCr", ElementsAre("vbCr", "vbCrLf")},
-      {"? Cre", ElementsAre("CreateObject")},
+      {"? vbCr", ElementsAre("vbCr", "vbCrLf")}, {"? Cre", ElementsAre("CreateObject")},
       {"? se", ElementsAre("session")},  // no statement keyword past the start
       {"Se", ElementsAre("Set", "session")},
       {"n = 1 : O", ElementsAre("On Error GoTo 0", "On Error Resume Next")},

@@ -112,8 +112,7 @@ TEST(HistoryFile, LeavesAnythingButARegularFileAlone) {
     const char* what;
     std::vector<std::string> make;  // a command that puts it at `path`
   } rows[] = {
-      {"a pipe", {"mkfifo", "PATH"}},
-      {"a link", {"ln", "-s", scratch + "/target", "PATH"}},
+      {"a pipe", {"mkfifo", "PATH"}}, {"a link", {"ln", "-s", scratch + "/target", "PATH"}},
       {"a folder", {"mkdir", "PATH"}},
   };
   for (const auto& r : rows) {

@@ -12,10 +12,7 @@
 namespace tsrt {
 namespace {
 
-struct Ran {
-  int status;
-  std::string out, err;
-};
+struct Ran { int status; std::string out, err; };
 
 Ran Script(const std::string& text) {
   std::istringstream in(text);
@@ -32,11 +29,7 @@ TEST(ImmediateSession, RunsStatementsAsTheHostLanguageDoes) {
   const std::string setup =
       "Set s = CreateObject(\"TSRuntimeLib.clsZKString\") : Set e = New clsTSError\n"
       "e.Description = \"D\"\n";
-  const struct {
-    const char* script;
-    const char* out;
-    std::string err = "";
-  } rows[] = {
+  const struct { const char* script; const char* out; std::string err = ""; } rows[] = {
       {"? s.InstrRight(\"a.b.c\", \".\", CompareType:=1)", "4\n"},
       {"? s.InWords(1234.56@)", "\"одна тысяча двести тридцать четыре рубля 56 копеек\"\n"},
       // results print as `tsrt call` prints them, then each argument written back

@@ -43,18 +43,14 @@ std::string Repeat(const std::string& s, int n) { return n > 0 ? s + Repeat(s, n
 // Forms the printer never writes, the rules that choose a type and named arguments, each
 // shown by the canonical form it reads as (the printed forms are pinned by the next test).
 TEST(Literal, ReadsEveryFormAsItsTypeAndValue) {
-  const struct {
-    const char* word;
-    const char* reads_as;
-  } cases[] = {
+  const struct { const char* word; const char* reads_as; } cases[] = {
       {"32767", "32767"}, {"32768", "32768"}, {"-32769", "-32769"}, {"-32768", "-32768"},
       {"2147483648", "2147483648#"}, {"-2147483649", "-2147483649#"}, {"007", "7"},
       {"5%", "5"}, {"5&", "5&"}, {".5", "0.5"}, {"1e-3", "0.001"}, {"2E3", "2000#"},
       {"1E3!", "1000!"}, {"0.1#", "0.1"},
       // Currency rounds past the fourth decimal half to even
       {"0.00015@", "0.0002@"}, {"0.00025@", "0.0002@"}, {"0.000251@", "0.0003@"},
-      {"-0.00015@", "-0.0002@"},
-      {"\"a\"&ChrW(10)  &  \"b\"", R"("a" & vbLf & "b")"},
+      {"-0.00015@", "-0.0002@"}, {"\"a\"&ChrW(10)  &  \"b\"", R"("a" & vbLf & "b")"},
       {"ChrW(-1) & chrw(65) & CHR(192)", "ChrW(65535) & \"AА\""},  // byte 192 of the ANSI page
       {"vbNewLine & vbNullChar & vbNullString", "vbCrLf & ChrW(0)"},
       {"#2024-03-05#", "#2024-03-05 00:00:00#"}, {"#05.03.2024 14:07#", "#2024-03-05 14:07:00#"},
@@ -91,11 +87,7 @@ TEST(Literal, ReadsEveryFormAsItsTypeAndValue) {
 
 TEST(Literal, PrintsTheShortestFormThatReadsBackAsTheSameType) {
   const Variant abc[] = {Text(u"a"), Text(u"b"), Text(u"c"), Text(u"d"), Text(u"e"), Text(u"f")};
-  const struct {
-    Variant value;
-    VarType declared;
-    const char* expected;
-  } cases[] = {
+  const struct { Variant value; VarType declared; const char* expected; } cases[] = {
       {Int(5), kAny, "5"}, {Lng(5), kAny, "5&"}, {Lng(-32768), kAny, "-32768&"},
       {Lng(70000), kAny, "70000"}, {Variant(5.0), kAny, "5#"}, {Variant(1e20), kAny, "1E+20"},
       {Variant(-2.5e-300), kAny, "-2.5E-300"}, {Variant(1.0 / 3), kAny, "0.3333333333333333"},
@@ -178,10 +170,7 @@ TEST(Literal, EveryPrintedValueReadsBackAsTheSameTypeAndValue) {
 
 // One row per fault the reader reports; the whole message, column included.
 TEST(Literal, MalformedArgumentsAreRefusedWithTheFaultAndItsColumn) {
-  const struct {
-    std::string word;
-    const char* message;
-  } cases[] = {
+  const struct { std::string word; const char* message; } cases[] = {
       {"Step:=", "expected a literal at column 7"},
       {"abc", "unknown word 'abc' (text goes in double quotes) at column 1"},
       {"HKEY_CURENT_USER", "unknown word 'HKEY_CURENT_USER' (text goes in double quotes) at "

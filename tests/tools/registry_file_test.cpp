@@ -140,11 +140,7 @@ TEST_F(RegistryFile, ExportsWhatTheClassWroteAndRefusesNamesNoLineCanHold) {
       << "children in name order without regard to case; odd strings as hex(1)";
 
   const std::string refused = "Error 5 (ZKRuntimeLib): Invalid procedure call or argument: ";
-  const struct {
-    const char* what;
-    std::string key;
-    std::string error;
-  } failures[] = {
+  const struct { const char* what; std::string key; std::string error; } failures[] = {
       {"a value name with a line break", "HKCU\\Names\\Value",
        refused + "a name below HKEY_CURRENT_USER\\Names\\Value holds a line break"},
       {"a key name with a line break", "HKCU\\Names\\Key",

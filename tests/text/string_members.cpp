@@ -1,13 +1,18 @@
-// clsZKString: searching, replacing, filtering, cutting, trimming, case and packed arrays.
+// clsZKString: searching, replacing, filtering, cutting, trimming, case, packed arrays,
+// amounts in words, packed numbers and the members by name.
+#include <bit>
 #include <random>
 
 #include "text/text_test_util.h"
+#include "tsruntime/automation/codepage.h"
 #include "tsruntime/automation/locale.h"
+#include "tsruntime/clsZKRunTimeLib.h"
 #include "tsruntime/clsZKString.h"
 
 namespace tsruntime {
 namespace {
 
+using testing::Call;
 using testing::ExpectRuntimeError;
 using testing::Words;
 
@@ -96,8 +101,8 @@ TEST_F(StringOps, FilterAndTrimMoveTheCaretWithTheText) {
   EXPECT_EQ(s->Filter(u"a-b-c", u"-", true, 0, &caret), u"--") << "members kept with Iclude";
   EXPECT_EQ(caret, 1) << "two non-members dropped before the caret";
   EXPECT_EQ(ToUtf8(s->Filter(u"ЁёжЖ", u"ё", true, 1)), "Ёё") << "text compare in Cyrillic";
-  const struct { const char* what; String text; int32_t type, mode, caret, caret_after;
-                 String expected; } trims[] = {
+  const struct { const char* what; String text; int32_t type, mode, caret, after; String expected; }
+      trims[] = {
       {"right only, the caret pulled back", u"xxabcxx", xcZK_TRIM_RIGHT, 0, 7, 5, u"xxabc"},
       {"neither bit", u"xxabcxx", 0, 0, 5, 5, u"xxabcxx"},
       {"nothing but trim characters", u"xxx", xcZK_TRIM_BOTH, 0, 3, 0, u""},
@@ -107,7 +112,7 @@ TEST_F(StringOps, FilterAndTrimMoveTheCaretWithTheText) {
   for (const auto& c : trims) {
     caret = c.caret;
     EXPECT_EQ(s->Trim(c.text, u"x", xeZK_TRIM_TYPE(c.type), c.mode, &caret), c.expected) << c.what;
-    EXPECT_EQ(caret, c.caret_after) << c.what;
+    EXPECT_EQ(caret, c.after) << c.what;
   }
 }
 
@@ -165,6 +170,111 @@ TEST_F(StringOps, ArrayJoinWritesLengthHeadersAndArraySplitReadsThem) {
                      RuntimeError::kTypeMismatch, "a header not a number");
   ExpectRuntimeError([&] { s->ArraySplit(u"000000005abcd"); }, RuntimeError::kInvalidCall,
                      "a header below 9");
+}
+
+TEST_F(StringOps, InWordsWritesEachAmountWithItsGrammaticalForms) {
+  const struct { const char* amount; const char* expected; bool unit_names = true; } cases[] = {
+      {"1234.56", "одна тысяча двести тридцать четыре рубля 56 копеек"},
+      {"1234.56", "одна тысяча двести тридцать четыре ", false},
+      {"21", "двадцать один рубль 00 копеек"}, {"5000", "пять тысяч рублей 00 копеек"},
+      {"2000000.01", "два миллиона рублей 01 копейка"},
+      {"11002.03", "одиннадцать тысяч два рубля 03 копейки"},
+      {"0.5", "ноль рублей 50 копеек"}, {"0.5", "ноль", false}, {"-7", "семь рублей 00 копеек"},
+      {"1000000000000", ""}, {"999999999999.995", ""}, {"-922337203685477.5808", ""},
+      // Rounding to whole kopecks, halves up, before anything else.
+      {"0.994", "ноль рублей 99 копеек"}, {"0.995", "один рубль 00 копеек"},
+      {"0.005", "ноль рублей 01 копейка"}, {"-2.5051", "два рубля 51 копейка"},
+      {"999999999999.99",
+       "девятьсот девяносто девять миллиардов девятьсот девяносто девять миллионов "
+       "девятьсот девяносто девять тысяч девятьсот девяносто девять рублей 99 копеек"},
+      {"1.11", "один рубль 11 копеек"}, {"1.21", "один рубль 21 копейка"},
+      // Unit forms, teens and the feminine thousands.
+      {"10", "десять рублей 00 копеек"}, {"11", "одиннадцать рублей 00 копеек"},
+      {"19", "девятнадцать рублей 00 копеек"}, {"111", "сто одиннадцать рублей 00 копеек"},
+      {"342", "триста сорок два рубля 00 копеек"}, {"1000", "одна тысяча рублей 00 копеек"},
+      {"2000", "две тысячи рублей 00 копеек"}, {"11000", "одиннадцать тысяч рублей 00 копеек"},
+      {"21000", "двадцать одна тысяча рублей 00 копеек"},
+      {"1000000", "один миллион рублей 00 копеек"},
+      {"1001001", "один миллион одна тысяча один рубль 00 копеек"},
+      {"2002002", "два миллиона две тысячи два рубля 00 копеек"},
+      {"1000000001", "один миллиард один рубль 00 копеек"},
+      {"11000000000", "одиннадцать миллиардов рублей 00 копеек"},
+      {"101000011000", "сто один миллиард одиннадцать тысяч рублей 00 копеек"},
+      // Without unit names: the kopecks are dropped first, and a space ends the words.
+      {"0.99", "ноль", false}, {"0.995", "один ", false}, {"1000", "одна тысяча ", false},
+      {"2001000000", "два миллиарда один миллион ", false}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(ToUtf8(s->InWords(testing::Amount(c.amount), c.unit_names)), c.expected)
+        << c.amount << (c.unit_names ? "" : " without unit names");
+  }
+}
+
+TEST_F(StringOps, ConvMKPacksLittleEndianBytesAndConvCVUnpacksThemBitForBit) {
+  EXPECT_EQ(s->ConvMKL(65), String(u"A\0\0\0", 4));
+  EXPECT_EQ(s->ConvMKS(1.0f), AnsiToString(std::vector<uint8_t>{0, 0, 0x80, 0x3F}));
+  EXPECT_EQ(s->ConvMKD(0.0), String(8, u'\0')) << "zero bytes are kept, not trimmed";
+  EXPECT_EQ(s->ConvMKI(int16_t(0xC1C0)), u"АБ") << "bytes go through the ANSI code page";
+  // Each pattern read as a Double, its top half as a Single, its low half as a Long and its
+  // top quarter as an Integer: -0, NaN payloads, infinities, extremes.
+  for (uint64_t bits : {0x8000000000000000u, 0xFFF8000000000123u, 0x7FF0000000000001u,
+                        0xFFF0000000000000u, 0x7FC0000198AD1A00u, 0xFF80000080000000u,
+                        0x3F8000007FFFFFFFu}) {
+    const uint32_t high = bits >> 32;
+    String d = s->ConvMKD(std::bit_cast<double>(bits)), f = s->ConvMKS(std::bit_cast<float>(high));
+    String l = s->ConvMKL(int32_t(bits)), i = s->ConvMKI(int16_t(high >> 16));
+    EXPECT_EQ(std::tuple(std::bit_cast<uint64_t>(s->ConvCVD(d)),
+                         std::bit_cast<uint32_t>(s->ConvCVS(f)), s->ConvCVL(l), s->ConvCVI(i)),
+              std::tuple(bits, high, int32_t(bits), int16_t(high >> 16))) << std::hex << bits;
+  }
+  String shorter = u"A", longer = u"ABxyz", unmapped = u"A中";
+  EXPECT_EQ(s->ConvCVL(shorter), 65) << "missing bytes read as zero";
+  EXPECT_EQ(s->ConvCVI(longer), 0x4241) << "extra bytes are ignored";
+  EXPECT_EQ(s->ConvCVL(unmapped), 0x3F41) << "a character the code page lacks reads as '?'";
+  EXPECT_EQ(unmapped, u"A?") << "the ANSI round trip is written back";
+}
+
+TEST_F(StringOps, ConvWin2DosIsVarEQAndStrToVarNullKeepTheirOddCorners) {
+  String source = u"Привет", dest = u"old";
+  EXPECT_TRUE(s->ConvWin2Dos(source, dest));
+  EXPECT_EQ(StringToAnsi(dest), (std::vector<uint8_t>{0x8F, 0xE0, 0xA8, 0xA2, 0xA5}))
+      << "written through the ANSI code page, the text gives the OEM codes of \"Приве\"";
+  source = u"";
+  EXPECT_FALSE(s->ConvWin2Dos(source, dest)) << "the empty string fails quietly";
+  EXPECT_EQ(dest, u"");
+  const Variant empty, null = Variant::Null(), array(SafeArray::FromStrings({u"a"}));
+  EXPECT_TRUE(s->IsVarEQ(empty, empty) && s->IsVarEQ(null, null) && s->IsVarEQ(int16_t{1}, 1.0));
+  EXPECT_FALSE(s->IsVarEQ(null, empty) || s->IsVarEQ(0, empty) || s->IsVarEQ(u"", empty));
+  EXPECT_FALSE(s->IsVarEQ(u"a", u"A") || s->IsVarEQ(u"1", 1)) << "strings equal only strings";
+  EXPECT_FALSE(s->IsVarEQ(array, array)) << "arrays cannot be compared";
+  EXPECT_TRUE(s->StrToVarNull(u"").isNull() && s->StrToVarNull(5).isNull());
+  EXPECT_EQ(s->StrToVarNull(u"abcdef", 3), Variant(u"abc"));
+  EXPECT_EQ(s->StrToVarNull(u"  "), Variant(u"  ")) << "spaces are not blank";
+}
+
+TEST(StringByName, TakesItsOwnParameterNamesWritesArgumentsBackAndComesNewFromTheRoot) {
+  Ref<Object> s = CreateObject(u"TSRuntimeLib.clsZKString");
+  std::vector<Argument> args = {{u"Expression", u"a-b-c"}, {u"FilteringStr", u"-"},
+                                {u"Iclude", true}, {u"SelStart", 3}};
+  EXPECT_EQ(Call(s, u"Filter", args), Variant(u"--"));
+  EXPECT_EQ(args[3].value, Variant(1));
+  args = {{u"SourceString", u"中ab"}, {u"DestString", Variant()}};
+  EXPECT_EQ(Call(s, u"ConvWin2Dos", args), Variant(true));
+  EXPECT_EQ(args[0].value, Variant(u"?ab")) << "the ANSI round trip of the source";
+  EXPECT_EQ(args[1].value, Variant(u"?a"));
+  args = {{u"", u"a.b.c"}, {u"SepStr", u"."}, {u"InstrLeft", true}, {u"SepInclude", true}};
+  EXPECT_EQ(Call(s, u"GetRight", args), Variant(u".b.c"));
+  args = {{u"", u"abc"}, {u"", u"b"}, {u"SearchLen", -7}};
+  testing::ExpectError([&] { Call(s, u"InstrRight", args); }, xcZKERR_STRING_INSTRRIGHT,
+                       u"ZKRuntimeLib.clsZKString.InstrRight", u"SearchLen = -7", "InstrRight");
+  args = {{u"", u"abc"}, {u"", u"b"}, {u"Include", true}};
+  ExpectRuntimeError([&] { Call(s, u"Filter", args); }, RuntimeError::kNamedArgumentNotFound,
+                     "the parameter is Iclude");
+  Ref<Object> root = CreateObject(u"TSRuntimeLib.clsZKRunTimeLib");
+  std::vector<Argument> none;
+  const Variant one = Call(root, u"GetObjString", none), two = Call(root, u"GetObjString", none);
+  EXPECT_EQ(one.asObject()->classInfo().name, u"clsZKString");
+  EXPECT_NE(one.asObject().get(), two.asObject().get()) << "a new object on every read";
+  EXPECT_EQ(Call(root, u"GetObjArray", none).asObject()->classInfo().name, u"clsZKArray");
 }
 
 }  // namespace
