@@ -1,5 +1,6 @@
-// The two ways a file is written: replaced through a renamed copy, or written in place
-// where a rename would change what the user sees (devices and pipes, files shared with
+// The two ways a file is written: replaced through a renamed copy (whole old or whole new
+// whenever its writer is killed), or written in place where a rename would change what
+// the user sees (devices and pipes, files shared with
 // other users or under other names, folders the user may not write, a disk with room
 // for one copy only). Cases that depend on who writes run as root and again as an
 // ordinary user.
@@ -8,7 +9,11 @@
 #include <sys/file.h>
 #include <sys/sysmacros.h>
 
+#include <signal.h>
+
 #include <cstdlib>
+#include <random>
+#include <thread>
 
 #include "support/child_process.h"
 #include "system/fs_fixture.h"
@@ -278,5 +283,76 @@ TEST_F(FileRoutes, ASuccessfulReplacementRemovesItsOwnLeftovers) {
   EXPECT_EQ(Listing(), (std::vector<std::string>{".g.txt.tsrt-0", "f.txt"}));
 }
 
+// Whether the stopped process `pid` has a copy of `name` open for writing that it has not
+// put in place yet.
+bool WritesCopy(pid_t pid, const std::string& name) {
+  const std::string proc = "/proc/" + std::to_string(pid);
+  for (const auto& fd : std::filesystem::directory_iterator(proc + "/fd")) {
+    std::error_code error;
+    const std::string target = std::filesystem::read_symlink(fd.path(), error).string();
+    std::ifstream info(proc + "/fdinfo/" + fd.path().filename().string());
+    std::string field, flags;
+    while (info >> field >> flags && field != "flags:") {}
+    if (target.find("/." + name + ".tsrt-") != std::string::npos && !target.ends_with(" (deleted)") &&
+        (std::stoi(flags, nullptr, 8) & O_ACCMODE) == O_WRONLY) {
+      return true;
+    }
+  }
+  return false;
+}
+
+using KillWhileReplacing = FsTest;
+
+// A process replaces one file over and over, bytes and text in turn, and is killed 200
+// times at random moments; every other time it is first stopped, again and again, until
+// it is caught writing its copy of the kind the round aims at, so that kills inside both
+// kinds of replacement are certain however fast the machine is.
+TEST_F(KillWhileReplacing, TheFileIsAlwaysWholeOldOrWholeNew) {
+  const std::string first(300000, 'A'), second(100000, 'B');
+  Put("data.bin", first);
+  std::mt19937 random(20261123);
+  for (int kill = 0; kill < 200; ++kill) {
+    int writing[2];
+    ASSERT_EQ(::pipe(writing), 0);
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      ::close(writing[0]);
+      const SafeArray bytes = SafeArray::FromBytes(ToBytes(first));
+      const String text = FromUtf8(second);
+      for (;;) {  // each write announced before it starts
+        if (::write(writing[1], "b", 1) != 1 || !fs_->BinaryWrite(Path("data.bin"), bytes)) ::_exit(1);
+        if (::write(writing[1], "t", 1) != 1 || !fs_->StringWrite(text, Path("data.bin"))) ::_exit(1);
+      }
+    }
+    ::close(writing[1]);
+    char writes = 0;  // the kind of write announced last
+    ASSERT_EQ(::read(writing[0], &writes, 1), 1) << "the writer never started";
+    ::fcntl(writing[0], F_SETFL, O_NONBLOCK);
+    const char aim = "-b-t"[kill % 4];
+    int status = 0;
+    for (int tries = 0; tries < 5000; ++tries) {
+      std::this_thread::sleep_for(std::chrono::microseconds(random() % 3000));
+      ::kill(child, SIGSTOP);
+      ASSERT_EQ(::waitpid(child, &status, WUNTRACED), child);
+      ASSERT_TRUE(WIFSTOPPED(status)) << "the writer ran until stopped";
+      for (char c; ::read(writing[0], &c, 1) == 1;) writes = c;
+      if (aim == '-' || (writes == aim && WritesCopy(child, "data.bin"))) break;
+      ::kill(child, SIGCONT);
+    }
+    const bool hit = aim == '-' || (writes == aim && WritesCopy(child, "data.bin"));
+    ::kill(child, SIGKILL);
+    ::waitpid(child, &status, 0);
+    ::close(writing[0]);
+    ASSERT_TRUE(hit) << "kill " << kill << " never caught the writer inside a replacement";
+    ASSERT_TRUE(WIFSIGNALED(status)) << "the writer ran until killed";
+    const std::string now = Get("data.bin");
+    ASSERT_TRUE(now == first || now == second) << "kill " << kill << " left " << now.size() << " bytes";
+    ASSERT_LE(Listing().size(), 2u) << "copies left by earlier kills are removed by the next writer";
+  }
+  ASSERT_TRUE(fs_->StringWrite(u"last", Path("data.bin")));
+  EXPECT_EQ(Listing(), std::vector<std::string>{"data.bin"}) << "a write that lives cleans up";
+}
+
 }  // namespace
-}  // namespace tsruntime::testing
+}  // namespace tsruntime

@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <QDir>
 #include <QFileDialog>
-#include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -14,15 +12,13 @@
 #include <QTextBlock>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
-#include "modal_script.h"
-#include "screenshot.h"
 #include "report_file_name.h"
 #include "support/outcome.h"
 #include "tsruntime/automation/codepage.h"
 #include "tsruntime/clsTSErrors.h"
 #include "tsruntime/error_report.h"
+#include "ui_support.h"
 
 namespace tsruntime {
 namespace {
@@ -35,28 +31,16 @@ std::string Text(const QString& s) { return s.toStdString(); }
 
 // The folder reports are saved into, removed afterwards.
 struct ReportFolder {
-  ReportFolder()
-      : path(fs::temp_directory_path() / ("reports-" + std::to_string(getpid()) + "-" +
-                                          std::to_string(counter++))) {
-    fs::create_directories(path);
-  }
+  ReportFolder() { fs::create_directories(path); }
   ~ReportFolder() { fs::remove_all(path); }
   std::vector<std::string> Files() const {
     std::vector<std::string> names;
     for (const auto& entry : fs::directory_iterator(path)) names.push_back(entry.path().filename());
-    std::sort(names.begin(), names.end());
     return names;
   }
   static inline int counter = 0;
-  fs::path path;
+  const fs::path path = fs::temp_directory_path() / ("reports-" + std::to_string(getpid()) + "-" + std::to_string(counter++));
 };
-
-std::string FileBytes(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream bytes;
-  bytes << in.rdbuf();
-  return bytes.str();
-}
 
 Ref<clsTSErrors> SampleErrors(const String& program) {
   auto errors = New<clsTSErrors>();
@@ -72,47 +56,18 @@ template <class T>
 T* Child(QWidget& window, const char* name) {
   return window.findChild<T*>(QString::fromLatin1(name));
 }
-
 void Click(QWidget& window, const char* button) { Child<QPushButton>(window, button)->click(); }
 
-void TypeAndAccept(QFileDialog& d, const std::string& name) {
-  Child<QLineEdit>(d, "fileNameEdit")->setText(QString::fromStdString(name));
-  static_cast<QDialog&>(d).accept();
-}
-
-// What the window shows, one element a line.
-std::string Describe(QWidget& form) {
-  auto* box = Child<QPlainTextEdit>(form, "boxError");
-  auto button = [&](const char* name) {
-    auto* b = Child<QPushButton>(form, name);
-    return Text(b->text()) + (b->isEnabled() ? "" : " (disabled)");
-  };
-  return Text(form.windowTitle()) + "\n" + Text(Child<QLabel>(form, "lblHeader")->text()) +
-         "\n" + (Child<QLabel>(form, "Image1")->pixmap().isNull() ? "no picture" : "picture") +
-         "\n" + button("btnSend") + ", " + button("btnSave") + ", " + button("btnClose") +
-         "\ncaret at " + std::to_string(box->textCursor().position()) +
-         (form.isModal() && !form.parentWidget() ? ", modal, no owner" : "");
-}
-
-// Where the values of the report's first two lines start, told as a verdict.
-std::string Columns(QPlainTextEdit& box) {
-  const QFontMetricsF metrics(box.font());
-  const QTextDocument& doc = *box.document();
-  std::vector<qreal> starts;
-  for (int line = 0; line < 2; ++line) {
-    const QTextBlock block = doc.findBlockByNumber(line);
-    const int value = static_cast<int>(block.text().lastIndexOf(u'\t')) + 1;
-    QTextCursor at(block);
-    at.setPosition(block.position() + value);
-    const qreal x = box.cursorRect(at).left();
-    const qreal label = metrics.horizontalAdvance(block.text().left(block.text().indexOf(u'\t')));
-    if (x - label < metrics.horizontalAdvance(u' ')) return "too close to its label";
-    starts.push_back(x);
-  }
-  if (std::abs(starts[0] - starts[1]) > 1) {
-    return "apart: " + std::to_string(starts[0]) + " and " + std::to_string(starts[1]);
-  }
-  return "lined up, clear of the labels";
+// The steps of one save: the report's Save button, `in_dialog` on the save dialog, then
+// `after` (a message box's step, when given), then Close on the report.
+void SaveThrough(ModalScript& script, std::function<void(QFileDialog&)> in_dialog,
+                 std::function<void(QMessageBox&)> after = nullptr, bool* still_open = nullptr) {
+  script.On<QDialog>([](QDialog& form) { Click(form, "btnSave"); }, "frmError").On<QFileDialog>(in_dialog);
+  if (after) script.On<QMessageBox>(after);
+  script.On<QDialog>([=](QDialog& form) {
+    if (still_open) *still_open = form.isVisible();
+    Click(form, "btnClose");
+  }, "frmError");
 }
 
 TEST(ReportWindow, ShowsTheReportWithItsFixedTexts) {
@@ -126,37 +81,38 @@ TEST(ReportWindow, ShowsTheReportWithItsFixedTexts) {
   };
   for (const auto& row : rows) {
     auto errors = SampleErrors(row.program);
-    std::string seen;
-    std::string report;
+    std::string seen, report;
     ModalScript script;
-    script.On<QDialog>(
-        [&](QDialog& form) {
-          seen = Describe(form);
-          report = Text(Child<QPlainTextEdit>(form, "boxError")->toPlainText());
-          if (!row.program.empty()) testing::Photograph(form, "frmError");
-          Click(form, "btnClose");
-        },
-        "frmError");
+    script.On<QDialog>([&](QDialog& form) {
+      auto button = [&](const char* name) {
+        auto* b = Child<QPushButton>(form, name);
+        return Text(b->text()) + (b->isEnabled() ? "" : " (disabled)");
+      };
+      auto* box = Child<QPlainTextEdit>(form, "boxError");
+      seen = Text(form.windowTitle()) + "\n" + Text(Child<QLabel>(form, "lblHeader")->text()) + "\n" +
+             (Child<QLabel>(form, "Image1")->pixmap().isNull() ? "no picture" : "picture") + "\n" +
+             button("btnSend") + ", " + button("btnSave") + ", " + button("btnClose") + "\ncaret at " +
+             std::to_string(box->textCursor().position()) + (form.isModal() && !form.parentWidget() ? ", modal, no owner" : "");
+      report = Text(box->toPlainText());
+      if (!row.program.empty()) testing::Photograph(form, "frmError");
+      Click(form, "btnClose");
+    }, "frmError");
     errors->ShowErrorMessage(u"Импорт прерван", 5);
     ASSERT_TRUE(script.Done()) << row.what << script.Trace();
-    EXPECT_EQ(seen, row.caption +
-                        "\nВ процессе выполнения программы возникла ошибка!\npicture\n"
-                        "&Отправить (disabled), &Сохранить, &Закрыть\ncaret at 0, modal, no owner")
-        << row.what;
-    // The editor shows each CR LF as one line break.
-    String expected;
-    for (char16_t c : ErrorReportText(*errors, u"Импорт прерван", 5))
+    EXPECT_EQ(seen, row.caption + "\nВ процессе выполнения программы возникла ошибка!\npicture\n"
+                                  "&Отправить (disabled), &Сохранить, &Закрыть\ncaret at 0, modal, no owner") << row.what;
+    String expected;  // the editor shows each CR LF as one line break
+    for (char16_t c : ErrorReportText(*errors, u"Импорт прерван", 5)) {
       if (c != u'\r') expected.push_back(c);
+    }
     EXPECT_EQ(report, U8(expected)) << row.what;
   }
 }
 
-// Saves through the window: the rows give what the user types, the file that appears.
 TEST(ReportWindow, SavesTheReportUnderTheChosenNameWithTheExtensionRule) {
   const struct {
     const char* what;
-    std::string typed;
-    std::string written;
+    std::string typed, written;
   } rows[] = {
       {"a bare name gets .txt", "report", "report.txt"},
       {"an extension of three characters is kept", "report.log", "report.log"},
@@ -170,46 +126,46 @@ TEST(ReportWindow, SavesTheReportUnderTheChosenNameWithTheExtensionRule) {
     auto errors = SampleErrors(u"Склад");
     std::string dialog;
     ModalScript script;
-    script
-        .On<QDialog>([](QDialog& form) { Click(form, "btnSave"); }, "frmError")
-        .On<QFileDialog>([&](QFileDialog& d) {
-          dialog = Text(d.windowTitle()) + " | " + Text(d.nameFilters().join(u',')) + " | " +
-                   (d.parentWidget() && d.parentWidget()->objectName() == u"frmError"
-                        ? "over the report"
-                        : "ownerless");
-          TypeAndAccept(d, (folder.path / row.typed).string());
-        })
-        .On<QDialog>([](QDialog& form) { Click(form, "btnClose"); }, "frmError");
+    SaveThrough(script, [&](QFileDialog& d) {
+      dialog = Text(d.windowTitle()) + " | " + Text(d.nameFilters().join(u',')) + " | " +
+               (d.parentWidget() && d.parentWidget()->objectName() == u"frmError" ? "over the report" : "ownerless");
+      Child<QLineEdit>(d, "fileNameEdit")->setText(QString::fromStdString((folder.path / row.typed).string()));
+      static_cast<QDialog&>(d).accept();
+    });
     errors->ShowErrorMessage();
     ASSERT_TRUE(script.Done()) << row.what << script.Trace();
     EXPECT_EQ(script.Trace().find("unexpected"), std::string::npos) << script.Trace();
-    EXPECT_EQ(dialog, "Сохранение отчёта об ошибке | Текстовые файлы (*.txt) (*.txt),"
-                      "Все файлы (*.*) (*.*) | over the report")
+    EXPECT_EQ(dialog, "Сохранение отчёта об ошибке | Текстовые файлы (*.txt) (*.txt),Все файлы (*.*) (*.*) | over the report")
         << row.what;
     EXPECT_EQ(folder.Files(), std::vector<std::string>{row.written}) << row.what;
     const std::vector<uint8_t> ansi = StringToAnsi(ErrorReportText(*errors, u"", 0));
-    EXPECT_EQ(FileBytes(folder.path / row.written), std::string(ansi.begin(), ansi.end()))
+    std::ifstream in(folder.path / row.written, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), std::string(ansi.begin(), ansi.end()))
         << row.what << ": the whole report, CR LF line ends, code page 1251, replacing";
   }
 }
 
-TEST(ReportWindow, ProposesANameWithTheLocalDateAndTime) {
+// The dialog proposes a name with the local date and time; cancelling it writes nothing
+// and shows no message box.
+TEST(ReportWindow, CancellingTheProposedNameWritesAndShowsNothing) {
+  ReportFolder folder;
   std::string proposed;
   const String before = ui_detail::ProposedReportNameNow();
   ModalScript script;
-  script.On<QDialog>([](QDialog& form) { Click(form, "btnSave"); }, "frmError")
-      .On<QFileDialog>([&](QFileDialog& d) {
-        proposed = Text(Child<QLineEdit>(d, "fileNameEdit")->text());
-        d.reject();
-      })
-      .On<QDialog>([](QDialog& form) { Click(form, "btnClose"); }, "frmError");
-  SampleErrors(u"")->ShowErrorMessage();
+  SaveThrough(script, [&](QFileDialog& d) {
+    proposed = Text(Child<QLineEdit>(d, "fileNameEdit")->text());
+    Child<QLineEdit>(d, "fileNameEdit")->setText(QString::fromStdString((folder.path / "r").string()));
+    d.reject();
+  });
+  SampleErrors(u"Склад")->ShowErrorMessage();
   const String after = ui_detail::ProposedReportNameNow();
   ASSERT_TRUE(script.Done()) << script.Trace();
   EXPECT_TRUE(proposed == U8(before) || proposed == U8(after)) << proposed;
+  EXPECT_EQ(script.Trace().find("unexpected"), std::string::npos) << "no message box";
+  EXPECT_TRUE(folder.Files().empty());
 }
 
-TEST(ReportWindow, ProposedNamesFollowTheStampPattern) {
+TEST(ReportWindow, ProposedNamesFollowTheStampPatternAndTheExtensionRuleReadsPastFolders) {
   const struct {
     int year, month, day, hour, minute;
     String expected;
@@ -227,62 +183,52 @@ TEST(ReportWindow, ProposedNamesFollowTheStampPattern) {
     local.tm_min = row.minute;
     EXPECT_EQ(ui_detail::ProposedReportName(local), row.expected);
   }
-}
-
-TEST(ReportWindow, ExtensionRuleReadsTheTextAfterTheLastDotEvenAcrossFolders) {
   auto strings = New<clsZKString>();
   EXPECT_EQ(ui_detail::ReportFileName(*strings, u"/tmp/a.b/c"), u"/tmp/a.b/c")
       << "\"b/c\" counts as an extension of three characters";
   EXPECT_EQ(ui_detail::ReportFileName(*strings, u"/tmp/v1.0/report"), u"/tmp/v1.0/report.txt");
 }
 
-TEST(ReportWindow, CancellingTheSaveDialogWritesAndShowsNothing) {
-  ReportFolder folder;
-  ModalScript script;
-  script.On<QDialog>([](QDialog& form) { Click(form, "btnSave"); }, "frmError")
-      .On<QFileDialog>([&](QFileDialog& d) {
-        Child<QLineEdit>(d, "fileNameEdit")->setText(QString::fromStdString((folder.path / "r").string()));
-        d.reject();
-      })
-      .On<QDialog>([](QDialog& form) { Click(form, "btnClose"); }, "frmError");
-  SampleErrors(u"Склад")->ShowErrorMessage();
-  ASSERT_TRUE(script.Done()) << script.Trace();
-  EXPECT_EQ(script.Trace().find("unexpected"), std::string::npos) << "no message box";
-  EXPECT_TRUE(folder.Files().empty());
-}
-
 TEST(ReportWindow, AFailedWriteShowsTheFileNameInAnInformationBox) {
   ReportFolder folder;
   // The save dialog starts in the working folder: one with nothing of the machine's in it.
-  const QString working = QDir::currentPath();
-  QDir::setCurrent(QString::fromStdString(folder.path.string()));
+  const fs::path working = fs::current_path();
+  fs::current_path(folder.path);
   const std::string target = (folder.path / "missing" / "report").string();
   std::string box;
   bool still_open = false;
   ModalScript script;
-  script.On<QDialog>([](QDialog& form) { Click(form, "btnSave"); }, "frmError")
-      .On<QFileDialog>([&](QFileDialog& d) {
-        testing::Photograph(d, "frmError-save");
-        TypeAndAccept(d, target);
-      })
-      .On<QMessageBox>([&](QMessageBox& m) {
-        box = Text(m.windowTitle()) + " | " + Text(m.text()) +
-              (m.icon() == QMessageBox::Information ? " (information)" : "");
-        testing::Photograph(m, "frmError-write-failed");
-        m.accept();
-      })
-      .On<QDialog>(
-          [&](QDialog& form) {
-            still_open = form.isVisible();
-            Click(form, "btnClose");
-          },
-          "frmError");
+  SaveThrough(script, [&](QFileDialog& d) {
+    testing::Photograph(d, "frmError-save");
+    Child<QLineEdit>(d, "fileNameEdit")->setText(QString::fromStdString(target));
+    static_cast<QDialog&>(d).accept();
+  }, [&](QMessageBox& m) {
+    box = Text(m.windowTitle()) + " | " + Text(m.text()) + (m.icon() == QMessageBox::Information ? " (information)" : "");
+    testing::Photograph(m, "frmError-write-failed");
+    m.accept();
+  }, &still_open);
   SampleErrors(u"Склад")->ShowErrorMessage();
-  QDir::setCurrent(working);
+  fs::current_path(working);
   ASSERT_TRUE(script.Done()) << script.Trace();
-  EXPECT_EQ(box, "Ошибка: Склад | Ошибка записи в файл:\r\n'" + target + ".txt' (information)")
-      << "titled as the report window";
+  EXPECT_EQ(box, "Ошибка: Склад | Ошибка записи в файл:\r\n'" + target + ".txt' (information)") << "titled as the report window";
   EXPECT_TRUE(still_open) << "the window stays open after a failed save";
+}
+
+// Where the values of the report's first two lines start, told as a verdict.
+std::string Columns(QPlainTextEdit& box) {
+  const QFontMetricsF metrics(box.font());
+  std::vector<qreal> starts;
+  for (int line = 0; line < 2; ++line) {
+    const QTextBlock block = box.document()->findBlockByNumber(line);
+    QTextCursor at(block);
+    at.setPosition(block.position() + static_cast<int>(block.text().lastIndexOf(u'\t')) + 1);
+    const qreal x = box.cursorRect(at).left();
+    const qreal label = metrics.horizontalAdvance(block.text().left(block.text().indexOf(u'\t')));
+    if (x - label < metrics.horizontalAdvance(u' ')) return "too close to its label";
+    starts.push_back(x);
+  }
+  if (std::abs(starts[0] - starts[1]) > 1) return "apart: " + std::to_string(starts[0]) + " and " + std::to_string(starts[1]);
+  return "lined up, clear of the labels";
 }
 
 // The values after "Программа:" (one tab) and "Модуль:" (two tabs) start in one column, a
@@ -300,19 +246,16 @@ TEST(ReportWindow, TabStopsLineUpTheValuesAfterTheLabels) {
   };
   std::vector<std::string> seen;
   ModalScript script;
-  script.On<QDialog>(
-      [&](QDialog& form) {
-        for (const auto& row : rows) {
-          if (!row.family.isEmpty()) form.setFont(QFont(row.family, row.points));
-          seen.push_back(Columns(*Child<QPlainTextEdit>(form, "boxError")));
-        }
-        Click(form, "btnClose");
-      },
-      "frmError");
+  script.On<QDialog>([&](QDialog& form) {
+    for (const auto& row : rows) {
+      if (!row.family.isEmpty()) form.setFont(QFont(row.family, row.points));
+      seen.push_back(Columns(*Child<QPlainTextEdit>(form, "boxError")));
+    }
+    Click(form, "btnClose");
+  }, "frmError");
   SampleErrors(u"Склад")->ShowErrorMessage();
   ASSERT_TRUE(script.Done()) << script.Trace();
-  for (size_t i = 0; i < std::size(rows); ++i)
-    EXPECT_EQ(seen.at(i), "lined up, clear of the labels") << rows[i].what;
+  for (size_t i = 0; i < std::size(rows); ++i) EXPECT_EQ(seen.at(i), "lined up, clear of the labels") << rows[i].what;
 }
 
 }  // namespace

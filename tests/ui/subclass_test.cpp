@@ -1,13 +1,15 @@
 // GSubclass: attaching and detaching clients, the bookkeeping on the window, the order of
-// clients, the previous procedure and who decides on it, re-entrant dispatch, errors.
+// clients, the previous procedure and who decides on it, re-entrant dispatch, destruction,
+// errors and windows of other X clients; PlainWindow, the window scripts subclass.
 #include <gtest/gtest.h>
+#include <xcb/xcb.h>
 
 #include <QEvent>
 #include <QVariant>
 #include <thread>
 
-#include "subclass_support.h"
 #include "support/outcome.h"
+#include "tsruntime/PlainWindow.h"
 #include "tsruntime/WindowMessages.h"
 #include "ui_support.h"
 
@@ -15,65 +17,60 @@ namespace tsruntime {
 namespace {
 
 using testing::Recorder;
+using testing::RaisedFields;
 using testing::TestWindow;
 
 constexpr int32_t kUser = wm::kUser;
-
-std::string SortedWords(std::vector<std::string> words) {
-  std::sort(words.begin(), words.end());
-  std::string joined;
-  for (const std::string& s : words) joined += (joined.empty() ? "" : " ") + s;
-  return joined;
-}
+const std::string kInvalid = "-2147208421\ntsruntime.WindowProc\nInvalid window\n\n0";
 
 // The window's subclassing properties, sorted, as "name=value" with addresses named.
-std::string Properties(const QWidget& w, const std::vector<std::pair<const Object*, const char*>>& names) {
+std::string Properties(const QWidget& w, const std::vector<std::pair<const Object*, const char*>>& names = {}) {
   std::vector<std::string> out;
   for (const QByteArray& name : w.dynamicPropertyNames()) {
-    const QVariant v = w.property(name.constData());
-    std::string value = std::to_string(v.toULongLong());
+    std::string value = std::to_string(w.property(name.constData()).toULongLong());
     for (const auto& [object, label] : names) {
-      if (v.toULongLong() == reinterpret_cast<quintptr>(object)) value = label;
+      if (value == std::to_string(reinterpret_cast<quintptr>(object))) value = label;
     }
     out.push_back(name.toStdString() + "=" + value);
   }
-  return SortedWords(out);
+  std::sort(out.begin(), out.end());
+  std::string joined;
+  for (const std::string& s : out) joined += (joined.empty() ? "" : " ") + s;
+  return joined;
 }
 
 TEST(Subclass, BookkeepingLivesInTheWindowsPropertiesUnderTheirNames) {
   TestWindow window;
-  const std::string h = std::to_string(window.handle());
+  const int32_t h = window.handle();
   std::string journal;
   auto sub = New<GSubclass>();
   auto a = New<Recorder>("A", &journal), b = New<Recorder>("B", &journal);
-  sub->AttachMessage(a, window.handle(), 16);
-  sub->AttachMessage(b, window.handle(), 16);
-  sub->AttachMessage(a, window.handle(), 15);
-  const quintptr procedure = window.widget->property(h.c_str()).value<quintptr>();
-  EXPECT_NE(procedure, 0u);
-  const std::string p = std::to_string(procedure);
+  sub->AttachMessage(a, h, 16);
+  sub->AttachMessage(b, h, 16);
+  sub->AttachMessage(a, h, 15);
+  const std::string n = std::to_string(h);
+  const quintptr procedure = window.widget->property(n.c_str()).value<quintptr>();
+  ASSERT_NE(procedure, 0u);
+  const std::string fifteen = n + "#15#1=A " + n + "#15C=1 ", proc = " " + n + "=" + std::to_string(procedure);
   EXPECT_EQ(Properties(*window.widget, {{a.get(), "A"}, {b.get(), "B"}}),
-            SortedWords({h + "=" + p, h + "#15#1=A", h + "#15C=1", h + "#16#1=A", h + "#16#2=B",
-                         h + "#16C=2", "C" + h + "=3"}));
-  sub->DetachMessage(a, window.handle(), 16);
+            fifteen + n + "#16#1=A " + n + "#16#2=B " + n + "#16C=2" + proc + " C" + n + "=3");
+  sub->DetachMessage(a, h, 16);
   EXPECT_EQ(Properties(*window.widget, {{a.get(), "A"}, {b.get(), "B"}}),
-            SortedWords({h + "=" + p, h + "#15#1=A", h + "#15C=1", h + "#16#1=B", h + "#16C=1",
-                         "C" + h + "=2"}));
-  sub->DetachMessage(b, window.handle(), 16);
-  sub->DetachMessage(a, window.handle(), 15);
-  EXPECT_EQ(Properties(*window.widget, {}), "") << "writing 0 removes each property";
+            fifteen + n + "#16#1=B " + n + "#16C=1" + proc + " C" + n + "=2");
+  sub->DetachMessage(b, h, 16);
+  sub->DetachMessage(a, h, 15);
+  EXPECT_EQ(Properties(*window.widget), "") << "writing 0 removes each property";
 }
 
 TEST(Subclass, ClientsRunLatestFirstAndOnlyTheEarliestDecidesOnThePreviousProcedure) {
-  struct Row {
+  const struct {
     const char* what;
     EMsgResponse first, second;
     bool first_switches_to_postprocessing;  // inside its WindowProc
     std::string journal;  // "+" visible, "-" hidden when the client ran
     int32_t result;
     bool visible_after;
-  };
-  const std::vector<Row> rows = {
+  } rows[] = {
       {"consume: the widget's handling never runs, the earliest result stands", emrConsume,
        emrConsume, false, "B+ A+", 1, true},
       {"preprocess: it runs before the earliest client, clients' result stands", emrPreprocess,
@@ -87,21 +84,17 @@ TEST(Subclass, ClientsRunLatestFirstAndOnlyTheEarliestDecidesOnThePreviousProced
       {"a response changed inside WindowProc counts after the loop", emrConsume, emrConsume,
        true, "B+ A+", 0, false},
   };
-  for (const Row& row : rows) {
+  for (const auto& row : rows) {
     TestWindow window;
     window.widget->show();
     std::string journal;
     auto sub = New<GSubclass>();
     auto a = New<Recorder>("A", &journal, 1), b = New<Recorder>("B", &journal, 2);
-    for (Recorder* r : {a.get(), b.get()}) {
-      r->action = [&](int32_t, int32_t) { journal += window.widget->isVisible() ? "+" : "-"; };
-    }
-    if (row.first_switches_to_postprocessing) {
-      a->action = [&](int32_t, int32_t) {
-        journal += window.widget->isVisible() ? "+" : "-";
-        a->LetMsgResponse(emrPostProcess);
-      };
-    }
+    b->action = [&](int32_t, int32_t) { journal += window.widget->isVisible() ? "+" : "-"; };
+    a->action = [&](int32_t, int32_t) {
+      journal += window.widget->isVisible() ? "+" : "-";
+      if (row.first_switches_to_postprocessing) a->LetMsgResponse(emrPostProcess);
+    };
     a->LetMsgResponse(row.first);
     b->LetMsgResponse(row.second);
     sub->AttachMessage(a, window.handle(), wm::kClose);
@@ -114,59 +107,61 @@ TEST(Subclass, ClientsRunLatestFirstAndOnlyTheEarliestDecidesOnThePreviousProced
   }
 }
 
-TEST(Subclass, DetachingTheMiddleOfThreeKeepsTheOthersInOrder) {
+// Detaching the middle of three keeps the others in order; a detach inside a handler is
+// seen by the rest of the dispatch, and the last one unhooks the window.
+TEST(Subclass, DetachingKeepsTheOrderOfTheRestEvenInsideADispatch) {
   TestWindow window;
+  const int32_t h = window.handle();
   std::string journal;
   auto sub = New<GSubclass>();
-  auto a = New<Recorder>("A", &journal), b = New<Recorder>("B", &journal),
-       c = New<Recorder>("C", &journal);
-  for (auto* r : {a.get(), b.get(), c.get()}) sub->AttachMessage(Ref<Object>(r), window.handle(), kUser);
-  SendMessage(window.handle(), kUser, 0, 0);
-  EXPECT_EQ(journal, "C B A");
-  sub->DetachMessage(b, window.handle(), kUser);
+  auto a = New<Recorder>("A", &journal), b = New<Recorder>("B", &journal), c = New<Recorder>("C", &journal);
+  for (auto* r : {a.get(), b.get(), c.get()}) sub->AttachMessage(Ref<Object>(r), h, kUser);
+  SendMessage(h, kUser, 0, 0);
+  sub->DetachMessage(b, h, kUser);
+  journal += " |";
+  SendMessage(h, kUser, 0, 0);
+  EXPECT_EQ(journal, "C B A | C A");
+  const std::string n = std::to_string(h);
+  EXPECT_NE(Properties(*window.widget, {{a.get(), "A"}, {c.get(), "C"}}).find(n + "#1024#1=A " + n + "#1024#2=C " + n + "#1024C=2"),
+            std::string::npos);
+  sub->DetachMessage(c, h, kUser);
+  sub->AttachMessage(b, h, kUser);
+  b->action = [&](int32_t, int32_t) { sub->DetachMessage(a, h, kUser); };
   journal.clear();
-  SendMessage(window.handle(), kUser, 0, 0);
-  EXPECT_EQ(journal, "C A");
-  const std::string h = std::to_string(window.handle());
-  EXPECT_EQ(window.widget->property((h + "#1024#1").c_str()).value<quintptr>(),
-            reinterpret_cast<quintptr>(a.get()));
-  EXPECT_EQ(window.widget->property((h + "#1024#2").c_str()).value<quintptr>(),
-            reinterpret_cast<quintptr>(c.get()));
-  sub->DetachMessage(a, window.handle(), kUser);
-  sub->DetachMessage(c, window.handle(), kUser);
+  SendMessage(h, kUser, 0, 0);
+  EXPECT_EQ(journal, "B B") << "B moved to position 1 and is read again there";
+  journal.clear();
+  b->action = [&](int32_t, int32_t) { sub->DetachMessage(b, h, kUser); };
+  SendMessage(h, kUser, 0, 0);
+  EXPECT_EQ(journal, "B");
+  EXPECT_FALSE(window.widget->property(std::to_string(h).c_str()).isValid()) << "the last detach unhooked the window";
 }
 
-TEST(Subclass, AttachAndDetachFailuresLeaveTheWindowAsItWas) {
+TEST(Subclass, FailuresLeaveTheWindowAsItWas) {
   TestWindow window;
   const int32_t h = window.handle();
   std::string journal;
   auto sub = New<GSubclass>();
   auto a = New<Recorder>("A", &journal);
   sub->AttachMessage(a, h, kUser);
-  const std::string before = Properties(*window.widget, {});
-  struct Row {
+  const std::string before = Properties(*window.widget);
+  const struct {
     const char* what;
     std::function<void()> call;
     std::string raised;
-  };
-  const std::vector<Row> rows = {
-      {"the same client twice on one message",
-       [&] { sub->AttachMessage(a, h, kUser); },
+  } rows[] = {
+      {"the same client twice on one message", [&] { sub->AttachMessage(a, h, kUser); },
        "-2147208422\ntsruntime.WindowProc\nMessage already handled by another class\n\n0"},
-      {"a handle that is no window", [&] { sub->AttachMessage(a, 987654, kUser); },
-       "-2147208421\ntsruntime.WindowProc\nInvalid window\n\n0"},
-      {"handle 0", [&] { sub->AttachMessage(a, 0, kUser); },
-       "-2147208421\ntsruntime.WindowProc\nInvalid window\n\n0"},
-      {"detaching a client that is not attached", [&] { sub->DetachMessage(New<Recorder>("X", &journal), h, kUser); },
-       "nothing raised"},
-      {"detaching from a message without clients", [&] { sub->DetachMessage(a, h, kUser + 1); },
-       "nothing raised"},
-      {"detaching from a handle that is no window", [&] { sub->DetachMessage(a, 987654, kUser); },
-       "nothing raised"},
+      {"a handle that is no window", [&] { sub->AttachMessage(a, 987654, kUser); }, kInvalid},
+      {"handle 0", [&] { sub->AttachMessage(a, 0, kUser); }, kInvalid},
+      {"detaching a client that is not attached",
+       [&] { sub->DetachMessage(New<Recorder>("X", &journal), h, kUser); }, "nothing raised"},
+      {"detaching from a message without clients", [&] { sub->DetachMessage(a, h, kUser + 1); }, "nothing raised"},
+      {"detaching from a handle that is no window", [&] { sub->DetachMessage(a, 987654, kUser); }, "nothing raised"},
   };
-  for (const Row& row : rows) {
-    EXPECT_EQ(testing::RaisedFields(row.call), row.raised) << row.what;
-    EXPECT_EQ(Properties(*window.widget, {}), before) << row.what;
+  for (const auto& row : rows) {
+    EXPECT_EQ(RaisedFields(row.call), row.raised) << row.what;
+    EXPECT_EQ(Properties(*window.widget), before) << row.what;
   }
   sub->AttachMessage(a, h, kUser + 1);
   EXPECT_EQ(window.widget->property(("C" + std::to_string(h)).c_str()).toInt(), 2)
@@ -175,13 +170,32 @@ TEST(Subclass, AttachAndDetachFailuresLeaveTheWindowAsItWas) {
   sub->DetachMessage(a, h, kUser + 1);
 }
 
+// A window made by another X client, through a connection of its own, is external.
+TEST(Subclass, WindowsOfOtherXClientsAreExternal) {
+  xcb_connection_t* other = xcb_connect(nullptr, nullptr);
+  xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(other)).data;
+  const xcb_window_t id = xcb_generate_id(other);
+  xcb_create_window(other, XCB_COPY_FROM_PARENT, id, screen->root, 0, 0, 50, 50, 0,
+                    XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, 0, nullptr);
+  xcb_map_window(other, id);
+  free(xcb_get_input_focus_reply(other, xcb_get_input_focus(other), nullptr));
+  const auto foreign = static_cast<int32_t>(id);
+  auto sub = New<GSubclass>();
+  std::string journal;
+  auto client = New<Recorder>("A", &journal);
+  EXPECT_EQ(RaisedFields([&] { sub->AttachMessage(client, foreign, 16); }),
+            "-2147208420\ntsruntime.WindowProc\nCan't modify external window\n\n0");
+  EXPECT_EQ(RaisedFields([&] { sub->AttachMessage(client, foreign + 77, 16); }), kInvalid);
+  EXPECT_EQ(RaisedFields([&] { sub->DetachMessage(client, foreign, 16); }), "nothing raised");
+  xcb_disconnect(other);
+}
+
 TEST(Subclass, CallOldWindowProcAndCurrentMessage) {
   TestWindow window;
   window.widget->show();
   auto sub = New<GSubclass>();
   EXPECT_EQ(sub->CallOldWindowProc(window.handle(), wm::kClose, 0, 0), 0);
   EXPECT_TRUE(window.widget->isVisible()) << "a window never hooked has no previous procedure";
-
   std::string journal;
   auto a = New<Recorder>("A", &journal);
   sub->AttachMessage(a, window.handle(), kUser + 7);
@@ -191,7 +205,6 @@ TEST(Subclass, CallOldWindowProcAndCurrentMessage) {
   int32_t other_thread = -1;
   std::thread([&] { other_thread = New<GSubclass>()->CurrentMessage(); }).join();
   EXPECT_EQ(other_thread, 0) << "per thread";
-
   EXPECT_EQ(sub->CallOldWindowProc(window.handle(), wm::kClose, 0, 0), 0);
   EXPECT_FALSE(window.widget->isVisible()) << "the widget's own handling closed it";
   sub->DetachMessage(a, window.handle(), kUser + 7);
@@ -215,73 +228,60 @@ TEST(Subclass, NestedMessagesDispatchRecursivelyAndSetTheCurrentMessage) {
   sub->DetachMessage(inner, h, kUser + 2);
 }
 
-TEST(Subclass, DetachInsideAHandlerIsSeenByTheRestOfTheDispatch) {
+TEST(Subclass, PostedMessagesArriveWhenTheThreadPumps) {
   TestWindow window;
-  const int32_t h = window.handle();
-  std::string journal;
-  auto sub = New<GSubclass>();
-  auto a = New<Recorder>("A", &journal), b = New<Recorder>("B", &journal);
-  b->action = [&](int32_t, int32_t) { sub->DetachMessage(a, h, kUser); };
-  sub->AttachMessage(a, h, kUser);
-  sub->AttachMessage(b, h, kUser);
-  SendMessage(h, kUser, 0, 0);
-  EXPECT_EQ(journal, "B B") << "B moved to position 1 and is read again there";
-  journal.clear();
-  b->action = [&](int32_t, int32_t) { sub->DetachMessage(b, h, kUser); };
-  SendMessage(h, kUser, 0, 0);
-  EXPECT_EQ(journal, "B");
-  EXPECT_FALSE(window.widget->property(std::to_string(h).c_str()).isValid())
-      << "the last detach unhooked the window";
-}
-
-TEST(Subclass, DestroyNoticeReachesClientsWhileTheWidgetExists) {
-  auto* widget = new QWidget;
-  const int32_t h = static_cast<int32_t>(widget->winId());
   std::string journal;
   auto sub = New<GSubclass>();
   auto a = New<Recorder>("A", &journal);
-  a->with_message = true;
-  a->action = [&](int32_t hwnd, int32_t) {
-    journal += QWidget::find(static_cast<WId>(hwnd)) ? " found" : " gone";
-  };
-  sub->AttachMessage(a, h, wm::kDestroy);
-  EXPECT_TRUE(DestroyWindow(h));
-  EXPECT_EQ(journal, "A:2 found");
-  EXPECT_EQ(QWidget::find(static_cast<WId>(h)), nullptr);
-  EXPECT_FALSE(DestroyWindow(h)) << "no window any more";
+  a->with_message = a->with_params = true;
+  sub->AttachMessage(a, window.handle(), kUser + 5);
+  EXPECT_TRUE(PostMessage(window.handle(), kUser + 5, 7, -9));
+  EXPECT_EQ(journal, "") << "not yet";
+  EXPECT_TRUE(testing::PumpUntil([&] { return !journal.empty(); }));
+  EXPECT_EQ(journal, "A:1029,7,-9");
+  EXPECT_FALSE(PostMessage(987654, kUser, 0, 0));
+  sub->DetachMessage(a, window.handle(), kUser + 5);
 }
 
 // Looks at a widget's properties at the last event of its deletion.
-class DeletionWatcher : public QObject {
- public:
-  explicit DeletionWatcher(std::vector<std::string> names) : names_(std::move(names)) {}
+struct DeletionWatcher : QObject {
+  std::vector<std::string> names;
   std::string seen;
-
- protected:
   bool eventFilter(QObject* target, QEvent* event) override {
     if (event->type() != QEvent::Destroy) return false;
-    for (const std::string& p : names_) seen += p + (target->property(p.c_str()).isValid() ? "+ " : "- ");
+    for (const std::string& p : names) seen += p + (target->property(p.c_str()).isValid() ? "+ " : "- ");
     return false;
   }
-
- private:
-  std::vector<std::string> names_;
 };
 
-TEST(Subclass, DestroyWithoutAClientOnItUnhooksBeforeTheNoticeGoesOn) {
-  auto* widget = new QWidget;
-  const int32_t h = static_cast<int32_t>(widget->winId());
-  const std::string name = std::to_string(h);
-  DeletionWatcher watcher({name, "C" + name, name + "#1024C", name + "#1024#1"});
-  widget->installEventFilter(&watcher);  // before the chain's, so it runs after it
-  std::string journal;
-  auto sub = New<GSubclass>();
-  auto a = New<Recorder>("A", &journal);
-  sub->AttachMessage(a, h, kUser);
-  delete widget;
-  EXPECT_EQ(watcher.seen, name + "- C" + name + "- " + name + "#1024C+ " + name + "#1024#1+ ")
-      << "the procedure and the count go, the per-message entries stay";
-  EXPECT_EQ(journal, "");
+// A client of the destroy notice gets it while the widget exists; without one, the window
+// unhooks before the notice goes on: the procedure and the count go, the per-message
+// entries stay.
+TEST(Subclass, DestroyNoticeReachesClientsWhileTheWidgetExists) {
+  for (const bool client_on_destroy : {true, false}) {
+    auto* widget = new QWidget;
+    const int32_t h = static_cast<int32_t>(widget->winId());
+    const std::string n = std::to_string(h);
+    DeletionWatcher watcher;
+    watcher.names = {n, "C" + n, n + "#1024C", n + "#1024#1"};
+    widget->installEventFilter(&watcher);  // before the chain's, so it runs after it
+    std::string journal;
+    auto sub = New<GSubclass>();
+    auto a = New<Recorder>("A", &journal);
+    a->with_message = true;
+    a->action = [&](int32_t hwnd, int32_t) { journal += QWidget::find(static_cast<WId>(hwnd)) ? " found" : " gone"; };
+    sub->AttachMessage(a, h, client_on_destroy ? wm::kDestroy : kUser);
+    if (client_on_destroy) {
+      EXPECT_TRUE(DestroyWindow(h));
+      EXPECT_EQ(journal, "A:2 found");
+      EXPECT_EQ(QWidget::find(static_cast<WId>(h)), nullptr);
+      EXPECT_FALSE(DestroyWindow(h)) << "no window any more";
+    } else {
+      delete widget;
+      EXPECT_EQ(watcher.seen, n + "- C" + n + "- " + n + "#1024C+ " + n + "#1024#1+ ");
+      EXPECT_EQ(journal, "");
+    }
+  }
 }
 
 // Closing a top-level destroys its native window, as on the platform: the clients of the
@@ -325,19 +325,40 @@ TEST(Subclass, AClosedTopLevelIsDestroyedAndShownAgainUnhooked) {
   }
 }
 
-TEST(Subclass, PostedMessagesArriveWhenTheThreadPumps) {
-  TestWindow window;
+Variant Call(Object& o, StringView member, std::vector<Argument> args = {}) {
+  return Invoke(o, member, InvokeKind::kCall, args);
+}
+
+// Its handle, its properties as scripts read them, and the widget going with the object.
+TEST(PlainWindow, GivesScriptsAHandleAndTheSubclassingProperties) {
+  const auto widgets_before = QApplication::topLevelWidgets().size();
+  Ref<Object> window = CreateObject(u"TSRuntimeLib.PlainWindow");
+  const int32_t h = ToLong(Call(*window, u"Handle"));
+  EXPECT_NE(h, 0);
   std::string journal;
-  auto sub = New<GSubclass>();
-  auto a = New<Recorder>("A", &journal);
-  a->with_message = a->with_params = true;
-  sub->AttachMessage(a, window.handle(), kUser + 5);
-  EXPECT_TRUE(PostMessage(window.handle(), kUser + 5, 7, -9));
-  EXPECT_EQ(journal, "") << "not yet";
-  EXPECT_TRUE(testing::PumpUntil([&] { return !journal.empty(); }));
-  EXPECT_EQ(journal, "A:1029,7,-9");
-  EXPECT_FALSE(PostMessage(987654, kUser, 0, 0));
-  sub->DetachMessage(a, window.handle(), kUser + 5);
+  auto client = New<Recorder>("A", &journal, 4);
+  New<GSubclass>()->AttachMessage(client, h, 0x401);
+  const String name = FromAscii(std::to_string(h));
+  const struct {
+    const char* what;
+    String property;
+    std::string expected;
+  } rows[] = {
+      {"the message's client count as Long", name + u"#1025C", "Long 1"},
+      {"the client's address as Double", name + u"#1025#1",
+       "Double " + std::to_string(reinterpret_cast<quintptr>(client.get()))},
+      {"an absent property as Empty", name + u"#1026C", "Empty "},
+  };
+  for (const auto& row : rows) {
+    const Variant v = Call(*window, u"WindowProperty", {{{}, Variant(row.property)}});
+    EXPECT_EQ(ToUtf8(TypeName(v.type())) + " " + ToUtf8(ToString(v)), row.expected) << row.what;
+  }
+  New<GSubclass>()->DetachMessage(client, h, 0x401);
+  Call(*window, u"Show");
+  Call(*window, u"Close");
+  EXPECT_EQ(ToLong(Call(*window, u"Handle")), 0) << "a closed window has no native window";
+  window = nullptr;
+  EXPECT_EQ(QApplication::topLevelWidgets().size(), widgets_before) << "the widget went too";
 }
 
 }  // namespace

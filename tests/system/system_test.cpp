@@ -1,5 +1,6 @@
-// clsZKSystem without a display: GUIDs, the computer and user names, and objects from
-// their addresses.
+// clsZKSystem: GUIDs, the computer and user names, objects from their addresses, and on a
+// private X server the keyboard layout switch with its target quirk and its walk back
+// through the groups, and the pointer position.
 #include <gtest/gtest.h>
 
 #include <sched.h>
@@ -12,25 +13,23 @@
 #include <fstream>
 #include <regex>
 
+#include "support/child_process.h"
 #include "support/outcome.h"
 #include "tsruntime/automation/convert.h"
 #include "tsruntime/clsZKRunTimeLib.h"
 #include "tsruntime/clsZKSystem.h"
+// X11's macros (Bool, Status) after everything else.
+#include "support/xvfb_server.h"
 
 namespace tsruntime {
 namespace {
 
 using testing::U8;
 
-// The first line a shell command prints.
-std::string Shell(const char* command) {
-  std::string line;
-  if (FILE* p = popen(command, "r")) {
-    char buf[512];
-    if (fgets(buf, sizeof buf, p)) line = buf;
-    pclose(p);
-  }
-  return line.substr(0, line.find('\n'));
+// The first line a program prints.
+std::string Line(const char* program) {
+  const std::string out = testing::RunProgram({program}).output;
+  return out.substr(0, out.find('\n'));
 }
 
 TEST(SystemInfo, CreateGuidGivesDistinctUpperCaseGuidsWithoutBraces) {
@@ -50,9 +49,8 @@ TEST(SystemInfo, TheUserNameEndsInAZeroCharacterAndTheComputerNameDoesNot) {
   const String user = sys->GetUserName();
   ASSERT_FALSE(user.empty());
   EXPECT_EQ(user.back(), u'\0');
-  EXPECT_EQ(U8(user.substr(0, user.size() - 1)), Shell("id -un"));
-  const String computer = sys->GetComputerName();
-  EXPECT_EQ(U8(computer), Shell("hostname"));
+  EXPECT_EQ(U8(user.substr(0, user.size() - 1)), Line("whoami"));
+  EXPECT_EQ(U8(sys->GetComputerName()), Line("hostname"));
   std::vector<Argument> none;
   EXPECT_EQ(Invoke(*sys, u"GetUserName", InvokeKind::kCall, none), Variant(user));
 }
@@ -157,6 +155,74 @@ TEST(SystemInfo, TheRootObjectHandsOutANewSystemAndRegistryObjectOnEachRead) {
     EXPECT_EQ(u"GetObj" + a.asObject()->classInfo().name.substr(5), String(member));
     EXPECT_NE(a.asObject().get(), b.asObject().get());
   }
+}
+
+class SystemOnX : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(x.ready()) << "Xvfb did not start"; }
+  testing::XvfbServer x{640, 480};
+  Ref<clsZKSystem> sys = New<clsZKSystem>();
+};
+
+// Late bound, the layout defaults to English, which asks for Russian.
+TEST_F(SystemOnX, SetKeyboardLayoutSelectsRussianForEveryNonZeroIdentifier) {
+  const struct {
+    const char* what;
+    const char* layouts;  // installed before the step when not null
+    int start_group;
+    std::optional<int32_t> layout_id;  // none: late bound without an argument
+    bool result;
+    int group_after;
+  } steps[] = {
+      {"English asks for Russian, which is one step back", "us,ru", 0, xcZKKBDL_ENGLISH, true, 1},
+      {"Russian when Russian is active stays", nullptr, 1, xcZKKBDL_RUSSIAN, true, 1},
+      {"zero asks for English", nullptr, 1, 0, true, 0},
+      {"zero when English is active stays", nullptr, 0, 0, true, 0},
+      {"any other number asks for Russian too", nullptr, 0, 7, true, 1},
+      {"late bound without an argument: English, so Russian", nullptr, 0, std::nullopt, true, 1},
+      {"from the middle the walk goes back through the first to the last", "us,de,ru", 1, xcZKKBDL_RUSSIAN, true, 2},
+      {"zero from the last goes back two steps", nullptr, 2, 0, true, 0},
+      {"a ring without the target ends where it started", "us,de", 0, xcZKKBDL_RUSSIAN, false, 0},
+      {"one layout without the target fails after one step", "us", 0, xcZKKBDL_RUSSIAN, false, 0},
+      {"one layout that is the target succeeds", "ru", 0, xcZKKBDL_RUSSIAN, true, 0},
+  };
+  for (const auto& s : steps) {
+    ASSERT_TRUE(s.layouts ? x.SetLayouts(s.layouts, s.start_group) : x.LockGroup(s.start_group)) << s.what;
+    std::vector<Argument> args;
+    EXPECT_EQ(s.layout_id ? sys->SetKeyboardLayout(*s.layout_id)
+                          : Invoke(*sys, u"SetKeyboardLayout", InvokeKind::kCall, args) == Variant(true),
+              s.result) << s.what;
+    EXPECT_EQ(x.ActiveGroup(), s.group_after) << s.what;
+  }
+  ASSERT_TRUE(x.SetLayouts("us,ru", 1));
+  std::vector<Argument> zero{{u"LayoutID", Variant(int32_t{0})}};
+  EXPECT_EQ(Invoke(*sys, u"SetKeyboardLayout", InvokeKind::kCall, zero), Variant(true));
+  EXPECT_EQ(x.ActiveGroup(), 0) << "late bound zero";
+}
+
+TEST_F(SystemOnX, GetMousePosReadsThePointer) {
+  for (const auto& [px, py] : {std::pair{123, 45}, {0, 0}, {639, 479}}) {
+    x.MovePointer(0, px, py);
+    int32_t got_x = -1, got_y = -1;
+    sys->GetMousePos(got_x, got_y);
+    EXPECT_EQ(std::to_string(got_x) + "," + std::to_string(got_y), std::to_string(px) + "," + std::to_string(py));
+  }
+}
+
+TEST(SystemWithoutDisplay, LayoutCallsFailAndThePointerLeavesItsArgumentsAlone) {
+  const char* old = getenv("DISPLAY");
+  const std::string saved = old ? old : "";
+  unsetenv("DISPLAY");
+  auto sys = New<clsZKSystem>();
+  EXPECT_FALSE(sys->SetKeyboardLayout(0));
+  EXPECT_FALSE(sys->SetKeyboardLayout(xcZKKBDL_RUSSIAN));
+  int32_t px = 7, py = 8;
+  sys->GetMousePos(px, py);
+  EXPECT_EQ(px * 10 + py, 78);
+  std::vector<Argument> args{{{}, Variant(int32_t{7})}, {{}, Variant(int32_t{8})}};
+  Invoke(*sys, u"GetMousePos", InvokeKind::kCall, args);
+  EXPECT_EQ(args[0].value, Variant(int32_t{7})) << "written back unchanged";
+  if (old) setenv("DISPLAY", saved.c_str(), 1);
 }
 
 }  // namespace
