@@ -4,7 +4,7 @@
 # committed HEAD) with ../shared beside it. Runs scripts/demo.sh, then scripts/test.sh,
 # inside it as root and prints each one's wall time. Run by hand before a release (as
 # root, or through sudo), with Debian's archive reachable; it takes hours on two cores.
-#   scripts/fresh-machine.sh [WORKDIR]     (default: a new folder under /var/tmp)
+#   scripts/fresh-machine.sh [--only demo|test] [WORKDIR]   (default: a new folder under /var/tmp)
 # The root is deleted at the end; the two logs stay in WORKDIR.
 { # read whole before it runs, so that editing the checkout meanwhile cannot derail it
 set -euo pipefail
@@ -12,6 +12,9 @@ checkout=$(cd "$(dirname "$0")/.." && pwd)
 [ "$(id -u)" -eq 0 ] || exec sudo bash "$0" "$@"   # it mounts and chroots
 command -v mmdebstrap >/dev/null || DEBIAN_FRONTEND=noninteractive apt-get install -y mmdebstrap
 
+only=
+if [ "${1:-}" = --only ]; then only=$2; shift 2; fi
+case "$only" in ""|demo|test) ;; *) echo "fresh-machine: --only takes demo or test" >&2; exit 2 ;; esac
 work=${1:-$(mktemp -d /var/tmp/fresh-machine.XXXXXX)}
 mkdir -p "$work"
 work=$(realpath "$work")
@@ -72,8 +75,8 @@ run() {  # run NAME COMMAND: one README command in the root, as a newcomer's she
 }
 results=()
 failed=0
-run demo scripts/demo.sh
-run test scripts/test.sh
+[ "$only" = test ] || run demo scripts/demo.sh
+[ "$only" = demo ] || run test scripts/test.sh
 
 echo "fresh-machine: load after: $(cut -d' ' -f1-3 /proc/loadavg)"
 printf 'fresh-machine: %s\n' "${results[@]}"
