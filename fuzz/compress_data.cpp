@@ -45,12 +45,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const int32_t compressed = mem->CompressedSize();
 
   const SafeArray input = AnyArray(in);
+  // A NaN element makes an array unequal to itself; such an input is not compared.
+  const auto unchanged = [&input](const SafeArray& a) { return !(input == input) || a == input; };
   SafeArray block = input;
   bool done = false;
   try {
     done = mem->CompressData(block);
   } catch (const Error& e) {
-    if (e.number() != 13 || input.elementType() == VarType::kByte || !(block == input) ||
+    if (e.number() != 13 || input.elementType() == VarType::kByte || !unchanged(block) ||
         mem->OriginalSize() != 3 || mem->CompressedSize() != compressed) {
       std::abort();
     }
@@ -59,7 +61,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const bool bounded = input.isDimensioned() && input.ubound() < INT32_MAX;
   if (mem->OriginalSize() != (bounded ? input.ubound() + 1 : 0)) std::abort();
   if (!done) {
-    if (!(block == input) || mem->CompressedSize() != 0) std::abort();
+    if (!unchanged(block) || mem->CompressedSize() != 0) std::abort();
     return 0;
   }
   if (block.lbound() != 0 || mem->CompressedSize() != block.size()) std::abort();
