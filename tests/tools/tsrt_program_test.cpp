@@ -209,6 +209,18 @@ TEST(Tsrt, APipedScriptGivesWhatCallGives) {
   EXPECT_EQ(RunTsrt("repl more").code, 2);
 }
 
+// Output and error messages sharing one file stay in the order the statements ran.
+TEST(Tsrt, AScriptsOutputAndErrorsKeepTheirOrderInOneFile) {
+  const std::string out = testing::TempDir() + "tsrt-one-" + std::to_string(getpid()) + ".out";
+  const std::string script = "'Set s = New clsZKString : ? 1 : ? s.Nope' '? 2'";
+  const std::string command =
+      "printf '%s\\n' " + script + " | " + std::string(TSRT_PATH) + " >" + out + " 2>&1";
+  const int status = std::system(command.c_str());
+  EXPECT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : -1, 1);
+  EXPECT_EQ(Slurp(out),
+            "1\nError 438 (ZKRuntimeLib): Object doesn't support this property or method\n2\n");
+}
+
 // The report in a KOI8-R terminal: the locale is built for the test, the expected bytes
 // come from iconv.
 TEST(Tsrt, TheErrorReportGoesToStandardErrorInTheTerminalsCharacterSet) {
