@@ -115,12 +115,14 @@ TEST(TerminalSession, CompletesNamesRecallsHistoryAndKeepsItPrivately) {
     EXPECT_THAT(t.WaitFor("clsZKString"), testing::HasSubstr("(\"TSRuntimeLib.clsZKString"));
     t.Type("\")");
     t.Press("Enter");
+    t.WaitFor("\n>", 2);  // keys typed before the prompt would be echoed out of place
     // A letter of two bytes before the cursor: the word is still found.
     t.Type("? \"ёж\" & s.InstrR");
     t.Press("Tab");
     t.Type("(\"a.b.c\", \".\")");
     t.Press("Enter");
     EXPECT_THAT(t.WaitFor("\n\"ёж4\"\n"), testing::HasSubstr("> ? \"ёж\" & s.InstrRight(\"a.b.c\", \".\")\n"));
+    t.WaitFor("\n>", 3);
 
     t.Type("? s.ConvCV");
     t.Press("Tab");
@@ -133,14 +135,16 @@ TEST(TerminalSession, CompletesNamesRecallsHistoryAndKeepsItPrivately) {
     t.Type("4)");
     t.Press("Enter");
     EXPECT_THAT(t.WaitFor("SelStart = 2"), testing::HasSubstr("\"-\", SelStart:=4)\n"));
+    t.WaitFor("\n>", 4);
 
     t.Type("? s.InWrds(5@)");
     t.Press("Enter");
     EXPECT_THAT(t.WaitFor("did you mean InWords?"),
                 testing::HasSubstr("Error 438 (ZKRuntimeLib): Object doesn't support this"));
+    t.WaitFor("\n>", 5);
     t.Type("? x; &H8000&");
     t.Press("Enter");
-    t.WaitFor("\"abc\" 32768");
+    t.WaitFor("\n>", 6);
     t.Press("Up");
     t.Press("Enter");
     EXPECT_THAT(t.WaitFor("\"abc\" 32768", 2), testing::HasSubstr("> ? x; &H8000&\n\"abc\" 32768\n"))
