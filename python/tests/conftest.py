@@ -17,8 +17,3 @@ def raised(call):
     e = caught.value
     return e.number, e.source, e.description, e.helpfile, e.helpcontext
 
-
-@pytest.fixture
-def russian():  # the interface language back to Russian afterwards: a new root resets it
-    yield
-    tsruntime.Dispatch("TSRuntimeLib.clsZKRunTimeLib")

@@ -1,14 +1,16 @@
 """Late binding from Python: creating objects, finding and calling members, written-back
-arguments, default members, enumeration, errors, type information and events."""
+arguments, default members, enumeration, errors both ways, type information and events."""
 
 import gc
 import weakref
+import zlib
+from decimal import Decimal
 
 import pytest
 from conftest import raised
 
 import tsruntime
-from tsruntime import CDispatch, Dispatch, DispatchWithEvents
+from tsruntime import CDispatch, Dispatch, DispatchWithEvents, SafeArray
 
 ROOT = "TSRuntimeLib.clsZKRunTimeLib"
 
@@ -23,7 +25,10 @@ def test_classes_are_found_by_progid_or_bare_name_and_members_in_any_case():
                     lambda: setattr(concat, "CharsUsed", 3)]:
         with pytest.raises(AttributeError):
             attempt()
-    assert {"Data", "SetData", "SetKey", "Count"} <= set(dir(Dispatch("clsZKDictionary")))
+    for progid in tsruntime.classes():
+        obj, members = Dispatch(progid), tsruntime.members(progid)
+        assert {m.name for m in members if m.kind in ("method", "get")} <= set(dir(obj)), progid
+        assert all(callable(getattr(obj, m.name)) for m in members if m.kind == "method"), progid
 
 
 class Raises(int):
@@ -31,6 +36,7 @@ class Raises(int):
 
 
 S, PROBE = Dispatch("clsZKString"), Dispatch("PyProbe")
+WORDS = SafeArray(["b", "C", "a"], lbound=-1, vartype=8)
 CALLS = [
     # call, result or error number, what the row shows
     (lambda: Dispatch("TSRuntimeLib.NoSuchClass"), Raises(429), "an unknown class"),
@@ -39,6 +45,7 @@ CALLS = [
     (lambda: S.InstrRight(), Raises(449), "a required argument left out"),
     (lambda: S.InstrRight("a", "b", Nope=1), Raises(448), "an unknown named argument"),
     (lambda: S.ConvMKL("abc"), Raises(13), "text for a Long"),
+    (lambda: S.InWords(Decimal("1.5"), False), "один ", "a Decimal for a Currency parameter"),
     (lambda: S.Filter("a-b-c", "-"), ("abc", None), "a written-back argument left out is None"),
     (lambda: S.Filter("a-b-c", "-", SelStart=4), ("abc", 2), "a written-back argument by name"),
     (lambda: S.Filter("a-b-c", "-", iclude=0, selstart=5), ("abc", 3), "names in any case"),
@@ -46,6 +53,10 @@ CALLS = [
     (lambda: PROBE.Twice(21), 42, "no result: the one written value alone"),
     (lambda: PROBE.Bump(), (True, 11), "left out: its default as the member left it"),
     (lambda: PROBE.Bump(5), (True, 6), "a written-back argument given"),
+    (lambda: Dispatch("clsZKArray").SortBubble(WORDS, ComareMethod=1)[1],
+     SafeArray(["a", "b", "C"], lbound=-1, vartype=8), "an array written back keeps its bounds"),
+    (lambda: WORDS.tolist(), ["b", "C", "a"], "the array passed in is left as it was"),
+    (lambda: S.ArrayJoin(S.ArraySplit("")), "", "an array from -1 returned and passed back"),
 ]
 
 
@@ -55,6 +66,14 @@ def test_calls_bind_their_arguments_and_return_the_written_back_ones(call, expec
         assert raised(call)[0] == expected, rule
     else:
         assert call() == expected, rule
+
+
+def test_compressed_bytes_come_back_written_back_as_bytes():
+    mem = Dispatch(ROOT).GetObjMem
+    data = "Программа: ошибка\r\n".encode("cp1251") * 50
+    ok, block = mem.CompressData(data)
+    assert ok and zlib.decompress(block[:-4]) == data
+    assert mem.DecompressData(block) == (True, data)
 
 
 def test_default_member_indexed_properties_and_enumeration():
@@ -72,13 +91,21 @@ def test_default_member_indexed_properties_and_enumeration():
     assert (items.Next(None), list(items), items.Next(None)) == ((True, "x"), [2, d], (False, None))
 
 
-def test_errors_carry_their_five_fields():
+def test_errors_carry_their_five_fields_both_ways():
     assert raised(lambda: PROBE.Fail(-2147220803)) == (
         -2147220803, "PyProbe.Fail", "Failed on purpose", "probe.chm", 42)
     assert raised(lambda: Dispatch(ROOT).Init(1)) == (
         450, "ZKRuntimeLib", "Wrong number of arguments or invalid property assignment", "", 0)
     with pytest.raises(tsruntime.AutomationError, match=r"^Error 450 \(ZKRuntimeLib\): Wrong"):
         Dispatch(ROOT).Init(1)
+    # A caught error passed back in is the host's Err object.
+    errors = Dispatch("TSRuntimeLib.clsTSErrors")
+    try:
+        S.InstrRight("abc", "b", -5)
+    except tsruntime.AutomationError as caught:
+        errors.AddAsError(caught)
+    errors.AddAsError(tsruntime.AutomationError(53, "host", "Нет файла"))
+    assert errors.GetAsText("") == "[-2147220803] SearchLen = -5\r\n[53] Нет файла\r\n"
 
 
 def test_type_information():
@@ -98,8 +125,8 @@ class Recorder:
     def __init__(self):
         self.seen = []
 
-    def OnChanged(self, item):  # the event OnChanged keeps its name
-        self.seen.append(item)
+    def OnChanged(self, item):  # the event OnChanged keeps its name; calls back into the object
+        self.seen.append((item, [self.Key(i) for i in range(self.Count)]))
 
     def OnDoubled(self, value):  # the event Doubled
         self.seen.append(value)
@@ -110,13 +137,14 @@ def test_events_call_the_handler_on_plus_their_name_and_the_result_is_also_the_o
     assert isinstance(d, CDispatch) and isinstance(d, Recorder)
     assert probe.Twice(4) == 8 and probe.seen == [8]
     d.Add("a")
+    d.Add("b")
     d["a"] = 1
     d.SortMode = 1  # a property of the object still goes to the object
     d.note = "mine"  # any other name is the handler's own attribute
-    assert (d.seen, d.SortMode, d.note, "SortMode" in vars(d)) == (["a"], 0, "mine", False)
+    assert (d.seen, d.SortMode, d.note, "SortMode" in vars(d)) == ([("a", ["b", "a"])], 0, "mine", False)
     quiet = DispatchWithEvents(d, type("NoHandlers", (), {}))
     quiet["a"] = 2  # no handler method: ignored
-    assert d.seen == ["a", "a"]
+    assert len(d.seen) == 2
 
 
 def test_a_failing_handler_raises_once_the_call_completes_and_a_connection_ends_with_it():

@@ -24,18 +24,17 @@ def test_a_package_whose_extension_does_not_load_names_its_folder_and_the_remedy
         assert remedy in message
 
 
-def test_tsrt_names_the_folder_another_interpreter_can_import_the_package_from():
-    folder = subprocess.run([os.environ["TSRT"], "--python-path"], capture_output=True,
-                            text=True, check=True).stdout.strip()
+def tsrt(option):
+    return subprocess.run([os.environ["TSRT"], option], capture_output=True, text=True,
+                          check=True).stdout.strip()
+
+
+def test_tsrt_names_the_folder_another_interpreter_imports_the_same_version_from():
+    folder = tsrt("--python-path")
     run = subprocess.run(
         [sys.executable, "-I", "-c",
          f"import sys; sys.path.insert(0, {folder!r}); import tsruntime; "
          "print(tsruntime.__file__, tsruntime.Dispatch('clsZKRunTimeLib').Init())"],
         capture_output=True, text=True, check=True)
     assert run.stdout.split() == [os.path.join(folder, "tsruntime", "__init__.py"), "True"]
-
-
-def test_the_package_tells_the_version_tsrt_tells():
-    version = subprocess.run([os.environ["TSRT"], "--version"], capture_output=True,
-                             text=True, check=True).stdout.split()[-1]
-    assert tsruntime.__version__ == version
+    assert tsruntime.__version__ == tsrt("--version").split()[-1]
