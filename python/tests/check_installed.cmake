@@ -15,7 +15,6 @@ import tsruntime
 assert tsruntime.__file__.startswith(sys.argv[1]), tsruntime.__file__
 assert tsruntime.Dispatch("TSRuntimeLib.clsZKRunTimeLib").Init() is True
 import os
-here = os.path.dirname(tsruntime.__file__)
-for stub in ("__init__.pyi", "constants.pyi", "py.typed"):
-    assert os.path.exists(os.path.join(here, stub)), stub
+here = os.listdir(os.path.dirname(tsruntime.__file__))
+assert {"__init__.pyi", "constants.pyi", "py.typed"} <= set(here), here
 ]=] ${WORK_DIR}/prefix/${PYTHON_DIR} COMMAND_ERROR_IS_FATAL ANY)

@@ -3,7 +3,6 @@ arguments, default members, enumeration, errors both ways, type information and 
 
 import gc
 import weakref
-import zlib
 from decimal import Decimal
 
 import pytest
@@ -40,11 +39,8 @@ WORDS = SafeArray(["b", "C", "a"], lbound=-1, vartype=8)
 CALLS = [
     # call, result or error number, what the row shows
     (lambda: Dispatch("TSRuntimeLib.NoSuchClass"), Raises(429), "an unknown class"),
-    (lambda: Dispatch("TSRuntimeLib.Enumerator"), Raises(429), "a class that is not creatable"),
     (lambda: Dispatch(ROOT)(), Raises(438), "the default member of a class without one"),
-    (lambda: S.InstrRight(), Raises(449), "a required argument left out"),
     (lambda: S.InstrRight("a", "b", Nope=1), Raises(448), "an unknown named argument"),
-    (lambda: S.ConvMKL("abc"), Raises(13), "text for a Long"),
     (lambda: S.InWords(Decimal("1.5"), False), "один ", "a Decimal for a Currency parameter"),
     (lambda: S.Filter("a-b-c", "-"), ("abc", None), "a written-back argument left out is None"),
     (lambda: S.Filter("a-b-c", "-", SelStart=4), ("abc", 2), "a written-back argument by name"),
@@ -52,7 +48,6 @@ CALLS = [
     (lambda: Dispatch("clsZKmd5").LongLeftRotate(1, 33), (2, 2, 1), "written back in order"),
     (lambda: PROBE.Twice(21), 42, "no result: the one written value alone"),
     (lambda: PROBE.Bump(), (True, 11), "left out: its default as the member left it"),
-    (lambda: PROBE.Bump(5), (True, 6), "a written-back argument given"),
     (lambda: Dispatch("clsZKArray").SortBubble(WORDS, ComareMethod=1)[1],
      SafeArray(["a", "b", "C"], lbound=-1, vartype=8), "an array written back keeps its bounds"),
     (lambda: WORDS.tolist(), ["b", "C", "a"], "the array passed in is left as it was"),
@@ -66,14 +61,6 @@ def test_calls_bind_their_arguments_and_return_the_written_back_ones(call, expec
         assert raised(call)[0] == expected, rule
     else:
         assert call() == expected, rule
-
-
-def test_compressed_bytes_come_back_written_back_as_bytes():
-    mem = Dispatch(ROOT).GetObjMem
-    data = "Программа: ошибка\r\n".encode("cp1251") * 50
-    ok, block = mem.CompressData(data)
-    assert ok and zlib.decompress(block[:-4]) == data
-    assert mem.DecompressData(block) == (True, data)
 
 
 def test_default_member_indexed_properties_and_enumeration():
@@ -112,13 +99,10 @@ def test_type_information():
     assert ("method Filter(Expression As String, FilteringStr As String, Optional Iclude As Boolean"
             " = False, Optional CompareType As Long = 0, Optional ByRef SelStart As Long) As String"
             in map(repr, tsruntime.members("clsZKString")))
-    d = list(map(repr, tsruntime.members("TSRuntimeLib.clsZKDictionary")))
-    assert {"get Data(Item As Variant) As Variant [default]", "get Key(Item As Variant) As Variant",
-            "method Clear()", "event OnChanged(ChangedItem As Variant)"} <= set(d)
+    assert {"get Data(Item As Variant) As Variant [default]", "event OnChanged(ChangedItem As Variant)"
+            } <= set(map(repr, tsruntime.members("TSRuntimeLib.clsZKDictionary")))
     with pytest.raises(KeyError):
         tsruntime.members("TSRuntimeLib.NoSuchClass")
-    assert tsruntime.enums()["xeZK_INTERFACE_LANGUAGE"] == {"xcZKLANG_RUS": 0, "xcZKLANG_ENG": 1}
-    assert tsruntime.constants.xcZKERR_STRING_INSTRRIGHT == -2147220803
 
 
 class Recorder:
@@ -132,7 +116,7 @@ class Recorder:
         self.seen.append(value)
 
 
-def test_events_call_the_handler_on_plus_their_name_and_the_result_is_also_the_object():
+def test_events_call_the_handler_on_plus_their_name_and_a_failing_one_raises_after_the_call():
     probe, d = (DispatchWithEvents(name, Recorder) for name in ["PyProbe", "clsZKDictionary"])
     assert isinstance(d, CDispatch) and isinstance(d, Recorder)
     assert probe.Twice(4) == 8 and probe.seen == [8]
@@ -145,17 +129,12 @@ def test_events_call_the_handler_on_plus_their_name_and_the_result_is_also_the_o
     quiet = DispatchWithEvents(d, type("NoHandlers", (), {}))
     quiet["a"] = 2  # no handler method: ignored
     assert len(d.seen) == 2
-
-
-def test_a_failing_handler_raises_once_the_call_completes_and_a_connection_ends_with_it():
-    d = Dispatch("clsZKDictionary")
-    d.Add("a")
     failing = DispatchWithEvents(d, type("Failing", (), {"OnChanged": lambda _, key: {}[key]}))
-    with pytest.raises(KeyError, match="a"):  # raised by the handler
-        d["a"] = 1
-    assert d("a") == 1
+    with pytest.raises(KeyError, match="b"):  # raised by the handler once the call completes
+        d["b"] = 1
+    assert d("b") == 1
     gone = weakref.ref(failing)
     del failing
     gc.collect()
-    d["a"] = 2  # neither the old failure nor a new one
+    d["b"] = 2  # the connection ended with the handler object
     assert gone() is None

@@ -1,5 +1,5 @@
 """An interpreter that finds the package but cannot load its extension is told where the
-package is and how to reach a working one."""
+package is and how to reach a working one; tsrt names the folder of a working one."""
 
 import os
 import shutil
@@ -9,17 +9,16 @@ import sys
 import tsruntime
 
 
+def import_from(folder, then=""):
+    code = f"import sys; sys.path.insert(0, {str(folder)!r}); import tsruntime; {then}"
+    return subprocess.run([sys.executable, "-I", "-c", code], capture_output=True, text=True)
+
+
 def test_a_package_whose_extension_does_not_load_names_its_folder_and_the_remedy(tmp_path):
-    package = tmp_path / "tsruntime"
-    package.mkdir()
-    shutil.copy(tsruntime.__file__, package / "__init__.py")  # no extension beside it
-    run = subprocess.run(
-        [sys.executable, "-I", "-c",
-         f"import sys; sys.path.insert(0, {str(tmp_path)!r}); import tsruntime"],
-        capture_output=True, text=True)
-    assert run.returncode != 0
-    message = run.stderr.strip().splitlines()[-1]
-    assert message.startswith("ImportError: tsruntime: the package in " + str(package))
+    (tmp_path / "tsruntime").mkdir()
+    shutil.copy(tsruntime.__file__, tmp_path / "tsruntime" / "__init__.py")  # no extension beside it
+    message = import_from(tmp_path).stderr.strip().splitlines()[-1]
+    assert message.startswith(f"ImportError: tsruntime: the package in {tmp_path / 'tsruntime'}")
     for remedy in ("PYTHONPATH", ".pth", "tsrt --python-path", sys.executable):
         assert remedy in message
 
@@ -31,10 +30,6 @@ def tsrt(option):
 
 def test_tsrt_names_the_folder_another_interpreter_imports_the_same_version_from():
     folder = tsrt("--python-path")
-    run = subprocess.run(
-        [sys.executable, "-I", "-c",
-         f"import sys; sys.path.insert(0, {folder!r}); import tsruntime; "
-         "print(tsruntime.__file__, tsruntime.Dispatch('clsZKRunTimeLib').Init())"],
-        capture_output=True, text=True, check=True)
+    run = import_from(folder, "print(tsruntime.__file__, tsruntime.Dispatch('clsZKRunTimeLib').Init())")
     assert run.stdout.split() == [os.path.join(folder, "tsruntime", "__init__.py"), "True"]
     assert tsruntime.__version__ == tsrt("--version").split()[-1]

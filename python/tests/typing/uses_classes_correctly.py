@@ -6,23 +6,14 @@ from tsruntime.constants import xeZK_TRIM_TYPE, xcZKLANG_ENG
 
 lib = tsruntime.Dispatch("TSRuntimeLib.clsZKRunTimeLib")
 lib.Language = xcZKLANG_ENG
-language: int = lib.Language
 s = lib.GetObjString
 words: str = s.InWords(decimal.Decimal("1234.56"), IncludeUnitNames=False)
 kept, caret = s.Filter("a-b-c", "-", SelStart=4)
 position: int | None = caret
 trimmed, _ = s.Trim("xxabcxx", "x", xeZK_TRIM_TYPE.xcZK_TRIM_BOTH)
-kept = trimmed.upper()
 parts: tsruntime.SafeArray = s.ArraySplit(s.ArrayJoin(["a", "b"]))
-
 d = tsruntime.Dispatch("clsZKDictionary")
-d.Add("k", 5)
 d["k"] = 6
 found: bool = d.Exists("k")
-count: int = len(d)
-values = [value for value in d]
-
-md5 = tsruntime.Dispatch("TSRuntimeLib.clsZKmd5")
-rotated, value, bits = md5.LongLeftRotate(1, 33)
-total: int = rotated + value + bits
-digest: str = md5.DigestStrToHexStr("abc")
+rotated, value, bits = tsruntime.Dispatch("TSRuntimeLib.clsZKmd5").LongLeftRotate(1, 33)
+total: int = rotated + value + bits + len(d) + lib.Language + len(kept + trimmed)
