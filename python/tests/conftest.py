@@ -6,8 +6,7 @@ import pytest
 import tsruntime
 
 # Loading this library registers the test-only class PyProbe.
-if os.environ.get("TSRUNTIME_PROBE"):
-    ctypes.CDLL(os.environ["TSRUNTIME_PROBE"], mode=ctypes.RTLD_GLOBAL)
+ctypes.CDLL(os.environ["TSRUNTIME_PROBE"], mode=ctypes.RTLD_GLOBAL)
 
 
 def raised(call):

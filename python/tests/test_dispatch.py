@@ -48,9 +48,9 @@ CALLS = [
     (lambda: Dispatch("clsZKmd5").LongLeftRotate(1, 33), (2, 2, 1), "written back in order"),
     (lambda: PROBE.Twice(21), 42, "no result: the one written value alone"),
     (lambda: PROBE.Bump(), (True, 11), "left out: its default as the member left it"),
-    (lambda: Dispatch("clsZKArray").SortBubble(WORDS, ComareMethod=1)[1],
-     SafeArray(["a", "b", "C"], lbound=-1, vartype=8), "an array written back keeps its bounds"),
-    (lambda: WORDS.tolist(), ["b", "C", "a"], "the array passed in is left as it was"),
+    (lambda: (Dispatch("clsZKArray").SortBubble(WORDS, ComareMethod=1)[1], WORDS[:]),
+     (SafeArray(list("abC"), -1, 8), list("bCa")), "an array written back keeps its bounds; the "
+     "one passed in stays"),
     (lambda: S.ArrayJoin(S.ArraySplit("")), "", "an array from -1 returned and passed back"),
 ]
 

@@ -10,9 +10,6 @@ import sys
 import tsruntime
 from tsruntime import constants
 
-HERE = os.path.dirname(os.path.abspath(__file__))
-
-
 def help_of(progid, name):
     return next(m.help for m in tsruntime.members(progid) if m.name == name)
 
@@ -52,7 +49,7 @@ def test_mypy_accepts_the_classes_used_correctly_and_reports_each_misuse():
         [sys.executable, "-m", "mypy", "--no-incremental", "--cache-dir", os.devnull,
          "--show-error-codes", "--no-error-summary",
          "uses_classes_correctly.py", "misuses_classes.py"],
-        cwd=os.path.join(HERE, "typing"), capture_output=True, text=True,
+        cwd=os.path.join(os.path.dirname(__file__), "typing"), capture_output=True, text=True,
         env=dict(os.environ, MYPYPATH=package))
     errors = sorted(line for line in run.stdout.splitlines() if ": error:" in line)
     assert run.returncode == 1 and len(errors) == 2, run.stdout + run.stderr
