@@ -284,21 +284,13 @@ TEST(PlainWindow, GivesScriptsAHandleAndTheSubclassingProperties) {
   std::string journal;
   auto client = New<Recorder>("A", &journal, 4);
   New<GSubclass>()->AttachMessage(client, h, 0x401);
-  const String name = FromAscii(std::to_string(h));
-  const struct {
-    const char* what;
-    String property;
-    std::string expected;
-  } rows[] = {
-      {"the message's client count as Long", name + u"#1025C", "Long 1"},
-      {"the client's address as Double", name + u"#1025#1",
-       "Double " + std::to_string(reinterpret_cast<quintptr>(client.get()))},
-      {"an absent property as Empty", name + u"#1026C", "Empty "},
+  const auto property = [&](const std::string& suffix) {
+    const Variant v = Call(*window, u"WindowProperty", {{{}, Variant(FromAscii(std::to_string(h) + suffix))}});
+    return ToUtf8(TypeName(v.type())) + " " + ToUtf8(ToString(v));
   };
-  for (const auto& row : rows) {
-    const Variant v = Call(*window, u"WindowProperty", {{{}, Variant(row.property)}});
-    EXPECT_EQ(ToUtf8(TypeName(v.type())) + " " + ToUtf8(ToString(v)), row.expected) << row.what;
-  }
+  EXPECT_EQ(property("#1025C") + " | " + property("#1025#1") + " | " + property("#1026C"),
+            "Long 1 | Double " + std::to_string(reinterpret_cast<quintptr>(client.get())) + " | Empty ")
+      << "a client count as Long, a client's address as Double, an absent property as Empty";
   New<GSubclass>()->DetachMessage(client, h, 0x401);
   window = nullptr;
   EXPECT_EQ(QApplication::topLevelWidgets().size(), widgets_before) << "the widget went with the object";
