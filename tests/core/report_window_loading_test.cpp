@@ -2,59 +2,44 @@
 // named, and the report still reaches standard error when that display cannot be reached.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <cstdio>
 #include <optional>
 #include <string>
 
+#include "support/child_process.h"
 #include "tsruntime/clsTSErrors.h"
 #include "tsruntime/error_report.h"
 
 namespace tsruntime {
 namespace {
 
-// Sets (or, with nullopt, removes) an environment variable for the life of the object.
-class ScopedEnv {
- public:
-  ScopedEnv(const char* name, std::optional<std::string> value) : name_(name) {
-    if (const char* old = std::getenv(name)) old_ = old;
-    if (value) setenv(name, value->c_str(), 1);
-    else unsetenv(name);
-  }
-  ~ScopedEnv() {
-    if (old_) setenv(name_, old_->c_str(), 1);
-    else unsetenv(name_);
-  }
+constexpr char kTest[] = "ErrorReport.LoadsTheWindowModuleOnlyWhenADisplayIsNamed";
 
- private:
-  const char* name_;
-  std::optional<std::string> old_;
-};
-
+// In a child with its own environment: what reached standard error, and whether the module
+// installed its window.
 TEST(ErrorReport, LoadsTheWindowModuleOnlyWhenADisplayIsNamed) {
 #ifndef TSRUNTIME_UI_MODULE_BUILT
   GTEST_SKIP() << "built without the user-interface module";
 #endif
-  ScopedEnv wayland("WAYLAND_DISPLAY", std::nullopt), platform("QT_QPA_PLATFORM", std::nullopt);
   auto errors = New<clsTSErrors>();
   errors->LetProgramName(u"Склад");
   errors->Add(u"Нет файла", 53);
   const std::string report = ToUtf8(ErrorReportText(*errors, u"", 0));
-  {
-    ScopedEnv display("DISPLAY", std::nullopt);
+  if (testing::InTestChild()) {
     ::testing::internal::CaptureStderr();
     errors->ShowErrorMessage();
-    EXPECT_EQ(::testing::internal::GetCapturedStderr(), report);
-    EXPECT_EQ(SetErrorReportPresenter(nullptr), nullptr) << "no display: the module stays out";
+    const std::string seen = ::testing::internal::GetCapturedStderr();
+    std::printf("report %s, window %s\n", seen.find(report) != std::string::npos ? "on standard error" : "lost",
+                SetErrorReportPresenter(nullptr) ? "installed" : "absent");
+    return;
   }
-  {
-    ScopedEnv display("DISPLAY", ":64999");  // named, but no server answers there
-    ::testing::internal::CaptureStderr();
-    errors->ShowErrorMessage();
-    EXPECT_NE(::testing::internal::GetCapturedStderr().find(report), std::string::npos)
-        << "the window cannot be seen: the report goes to standard error";
-    const ErrorReportPresenter window = SetErrorReportPresenter(nullptr);
-    EXPECT_NE(window, nullptr) << "the module was loaded and installed its window";
-    SetErrorReportPresenter(window);
+  for (const auto& [display, expected] : {std::pair<const char*, const char*>{nullptr, "window absent"},
+                                          {":64999", "window installed"}}) {  // named, but no server answers there
+    const auto child = testing::RunTestInChild(
+        kTest, {{"DISPLAY", display ? std::optional<std::string>(display) : std::nullopt},
+                {"WAYLAND_DISPLAY", std::nullopt}, {"QT_QPA_PLATFORM", std::nullopt}});
+    EXPECT_NE(child.output.find(std::string("report on standard error, ") + expected), std::string::npos)
+        << (display ? display : "no display") << "\n" << child.output;
   }
 }
 

@@ -39,27 +39,40 @@ std::string Properties(const QWidget& w, const std::vector<std::pair<const Objec
   return joined;
 }
 
-TEST(Subclass, BookkeepingLivesInTheWindowsPropertiesUnderTheirNames) {
+// Clients run latest first; detaching one keeps the others in order, even inside a
+// dispatch, where the rest of it sees the change; the last detach unhooks the window.
+TEST(Subclass, BookkeepingLivesInTheWindowsPropertiesAndDetachingKeepsTheOrder) {
   TestWindow window;
   const int32_t h = window.handle();
+  const std::string n = std::to_string(h);
   std::string journal;
   auto sub = New<GSubclass>();
-  auto a = New<Recorder>("A", &journal), b = New<Recorder>("B", &journal);
-  sub->AttachMessage(a, h, 16);
-  sub->AttachMessage(b, h, 16);
+  auto a = New<Recorder>("A", &journal), b = New<Recorder>("B", &journal), c = New<Recorder>("C", &journal);
+  const auto properties = [&] { return Properties(*window.widget, {{a.get(), "A"}, {b.get(), "B"}, {c.get(), "C"}}); };
+  for (auto* r : {a.get(), b.get(), c.get()}) sub->AttachMessage(Ref<Object>(r), h, kUser);
   sub->AttachMessage(a, h, 15);
-  const std::string n = std::to_string(h);
   const quintptr procedure = window.widget->property(n.c_str()).value<quintptr>();
   ASSERT_NE(procedure, 0u);
-  const std::string fifteen = n + "#15#1=A " + n + "#15C=1 ", proc = " " + n + "=" + std::to_string(procedure);
-  EXPECT_EQ(Properties(*window.widget, {{a.get(), "A"}, {b.get(), "B"}}),
-            fifteen + n + "#16#1=A " + n + "#16#2=B " + n + "#16C=2" + proc + " C" + n + "=3");
-  sub->DetachMessage(a, h, 16);
-  EXPECT_EQ(Properties(*window.widget, {{a.get(), "A"}, {b.get(), "B"}}),
-            fifteen + n + "#16#1=B " + n + "#16C=1" + proc + " C" + n + "=2");
-  sub->DetachMessage(b, h, 16);
+  const std::string fifteen = " " + n + "#15#1=A " + n + "#15C=1 " + n + "=" + std::to_string(procedure) + " C" + n;
+  EXPECT_EQ(properties(), n + "#1024#1=A " + n + "#1024#2=B " + n + "#1024#3=C " + n + "#1024C=3" + fifteen + "=4");
+  SendMessage(h, kUser, 0, 0);
+  sub->DetachMessage(b, h, kUser);
+  journal += " |";
+  SendMessage(h, kUser, 0, 0);
+  EXPECT_EQ(journal, "C B A | C A");
+  EXPECT_EQ(properties(), n + "#1024#1=A " + n + "#1024#2=C " + n + "#1024C=2" + fifteen + "=3");
+  sub->DetachMessage(c, h, kUser);
+  sub->AttachMessage(b, h, kUser);
+  b->action = [&](int32_t, int32_t) { sub->DetachMessage(a, h, kUser); };
+  journal.clear();
+  SendMessage(h, kUser, 0, 0);
+  EXPECT_EQ(journal, "B B") << "B moved to position 1 and is read again there";
+  b->action = [&](int32_t, int32_t) { sub->DetachMessage(b, h, kUser); };
+  journal.clear();
+  SendMessage(h, kUser, 0, 0);
+  EXPECT_EQ(journal, "B");
   sub->DetachMessage(a, h, 15);
-  EXPECT_EQ(Properties(*window.widget), "") << "writing 0 removes each property";
+  EXPECT_EQ(properties(), "") << "writing 0 removes each property";
 }
 
 TEST(Subclass, ClientsRunLatestFirstAndOnlyTheEarliestDecidesOnThePreviousProcedure) {
@@ -71,18 +84,13 @@ TEST(Subclass, ClientsRunLatestFirstAndOnlyTheEarliestDecidesOnThePreviousProced
     int32_t result;
     bool visible_after;
   } rows[] = {
-      {"consume: the widget's handling never runs, the earliest result stands", emrConsume,
-       emrConsume, false, "B+ A+", 1, true},
-      {"preprocess: it runs before the earliest client, clients' result stands", emrPreprocess,
-       emrConsume, false, "B+ A-", 1, false},
-      {"postprocess: it runs after the clients and its result is returned", emrPostProcess,
-       emrConsume, false, "B+ A+", 0, false},
-      {"the later client asking for preprocessing is never read", emrConsume, emrPreprocess,
-       false, "B+ A+", 1, true},
-      {"the later client asking for postprocessing is never read", emrConsume, emrPostProcess,
-       false, "B+ A+", 1, true},
-      {"a response changed inside WindowProc counts after the loop", emrConsume, emrConsume,
-       true, "B+ A+", 0, false},
+      {"consume: the widget never handles it, the earliest result stands", emrConsume, emrConsume, false, "B+ A+", 1, true},
+      {"preprocess: the widget before the earliest client, whose result stands", emrPreprocess, emrConsume, false,
+       "B+ A-", 1, false},
+      {"postprocess: the widget after the clients, its result returned", emrPostProcess, emrConsume, false, "B+ A+", 0, false},
+      {"the later client asking for preprocessing is never read", emrConsume, emrPreprocess, false, "B+ A+", 1, true},
+      {"the later client asking for postprocessing is never read", emrConsume, emrPostProcess, false, "B+ A+", 1, true},
+      {"a response changed inside WindowProc counts after the loop", emrConsume, emrConsume, true, "B+ A+", 0, false},
   };
   for (const auto& row : rows) {
     TestWindow window;
@@ -107,37 +115,16 @@ TEST(Subclass, ClientsRunLatestFirstAndOnlyTheEarliestDecidesOnThePreviousProced
   }
 }
 
-// Detaching the middle of three keeps the others in order; a detach inside a handler is
-// seen by the rest of the dispatch, and the last one unhooks the window.
-TEST(Subclass, DetachingKeepsTheOrderOfTheRestEvenInsideADispatch) {
-  TestWindow window;
-  const int32_t h = window.handle();
-  std::string journal;
-  auto sub = New<GSubclass>();
-  auto a = New<Recorder>("A", &journal), b = New<Recorder>("B", &journal), c = New<Recorder>("C", &journal);
-  for (auto* r : {a.get(), b.get(), c.get()}) sub->AttachMessage(Ref<Object>(r), h, kUser);
-  SendMessage(h, kUser, 0, 0);
-  sub->DetachMessage(b, h, kUser);
-  journal += " |";
-  SendMessage(h, kUser, 0, 0);
-  EXPECT_EQ(journal, "C B A | C A");
-  const std::string n = std::to_string(h);
-  EXPECT_NE(Properties(*window.widget, {{a.get(), "A"}, {c.get(), "C"}}).find(n + "#1024#1=A " + n + "#1024#2=C " + n + "#1024C=2"),
-            std::string::npos);
-  sub->DetachMessage(c, h, kUser);
-  sub->AttachMessage(b, h, kUser);
-  b->action = [&](int32_t, int32_t) { sub->DetachMessage(a, h, kUser); };
-  journal.clear();
-  SendMessage(h, kUser, 0, 0);
-  EXPECT_EQ(journal, "B B") << "B moved to position 1 and is read again there";
-  journal.clear();
-  b->action = [&](int32_t, int32_t) { sub->DetachMessage(b, h, kUser); };
-  SendMessage(h, kUser, 0, 0);
-  EXPECT_EQ(journal, "B");
-  EXPECT_FALSE(window.widget->property(std::to_string(h).c_str()).isValid()) << "the last detach unhooked the window";
-}
-
+// A window made by another X client, through a connection of its own, is external.
 TEST(Subclass, FailuresLeaveTheWindowAsItWas) {
+  xcb_connection_t* other = xcb_connect(nullptr, nullptr);
+  xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(other)).data;
+  const xcb_window_t id = xcb_generate_id(other);
+  xcb_create_window(other, XCB_COPY_FROM_PARENT, id, screen->root, 0, 0, 50, 50, 0,
+                    XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, 0, nullptr);
+  xcb_map_window(other, id);
+  free(xcb_get_input_focus_reply(other, xcb_get_input_focus(other), nullptr));
+  const auto foreign = static_cast<int32_t>(id);
   TestWindow window;
   const int32_t h = window.handle();
   std::string journal;
@@ -154,15 +141,19 @@ TEST(Subclass, FailuresLeaveTheWindowAsItWas) {
        "-2147208422\ntsruntime.WindowProc\nMessage already handled by another class\n\n0"},
       {"a handle that is no window", [&] { sub->AttachMessage(a, 987654, kUser); }, kInvalid},
       {"handle 0", [&] { sub->AttachMessage(a, 0, kUser); }, kInvalid},
+      {"another X client's window", [&] { sub->AttachMessage(a, foreign, kUser); },
+       "-2147208420\ntsruntime.WindowProc\nCan't modify external window\n\n0"},
       {"detaching a client that is not attached",
        [&] { sub->DetachMessage(New<Recorder>("X", &journal), h, kUser); }, "nothing raised"},
       {"detaching from a message without clients", [&] { sub->DetachMessage(a, h, kUser + 1); }, "nothing raised"},
       {"detaching from a handle that is no window", [&] { sub->DetachMessage(a, 987654, kUser); }, "nothing raised"},
+      {"detaching from another X client's window", [&] { sub->DetachMessage(a, foreign, kUser); }, "nothing raised"},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(RaisedFields(row.call), row.raised) << row.what;
     EXPECT_EQ(Properties(*window.widget), before) << row.what;
   }
+  xcb_disconnect(other);
   sub->AttachMessage(a, h, kUser + 1);
   EXPECT_EQ(window.widget->property(("C" + std::to_string(h)).c_str()).toInt(), 2)
       << "one client on two messages counts two attachments";
@@ -170,77 +161,41 @@ TEST(Subclass, FailuresLeaveTheWindowAsItWas) {
   sub->DetachMessage(a, h, kUser + 1);
 }
 
-// A window made by another X client, through a connection of its own, is external.
-TEST(Subclass, WindowsOfOtherXClientsAreExternal) {
-  xcb_connection_t* other = xcb_connect(nullptr, nullptr);
-  xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(other)).data;
-  const xcb_window_t id = xcb_generate_id(other);
-  xcb_create_window(other, XCB_COPY_FROM_PARENT, id, screen->root, 0, 0, 50, 50, 0,
-                    XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, 0, nullptr);
-  xcb_map_window(other, id);
-  free(xcb_get_input_focus_reply(other, xcb_get_input_focus(other), nullptr));
-  const auto foreign = static_cast<int32_t>(id);
-  auto sub = New<GSubclass>();
-  std::string journal;
-  auto client = New<Recorder>("A", &journal);
-  EXPECT_EQ(RaisedFields([&] { sub->AttachMessage(client, foreign, 16); }),
-            "-2147208420\ntsruntime.WindowProc\nCan't modify external window\n\n0");
-  EXPECT_EQ(RaisedFields([&] { sub->AttachMessage(client, foreign + 77, 16); }), kInvalid);
-  EXPECT_EQ(RaisedFields([&] { sub->DetachMessage(client, foreign, 16); }), "nothing raised");
-  xcb_disconnect(other);
-}
-
-TEST(Subclass, CallOldWindowProcAndCurrentMessage) {
+// Nested messages dispatch recursively; posted ones arrive when the thread pumps; the
+// current message is per thread, set only by routing, and kept after the dispatch.
+TEST(Subclass, MessagesDispatchRecursivelyOrWhenPostedAndSetTheCurrentMessage) {
   TestWindow window;
   window.widget->show();
+  const int32_t h = window.handle();
   auto sub = New<GSubclass>();
-  EXPECT_EQ(sub->CallOldWindowProc(window.handle(), wm::kClose, 0, 0), 0);
+  EXPECT_EQ(sub->CallOldWindowProc(h, wm::kClose, 0, 0), 0);
   EXPECT_TRUE(window.widget->isVisible()) << "a window never hooked has no previous procedure";
   std::string journal;
-  auto a = New<Recorder>("A", &journal);
-  sub->AttachMessage(a, window.handle(), kUser + 7);
-  SendMessage(window.handle(), kUser + 7, 0, 0);
-  SendMessage(window.handle(), kUser + 8, 0, 0);  // no client: not routed
-  EXPECT_EQ(sub->CurrentMessage(), kUser + 7) << "kept after dispatch, set only by routing";
-  int32_t other_thread = -1;
-  std::thread([&] { other_thread = New<GSubclass>()->CurrentMessage(); }).join();
-  EXPECT_EQ(other_thread, 0) << "per thread";
-  EXPECT_EQ(sub->CallOldWindowProc(window.handle(), wm::kClose, 0, 0), 0);
-  EXPECT_FALSE(window.widget->isVisible()) << "the widget's own handling closed it";
-  sub->DetachMessage(a, window.handle(), kUser + 7);
-}
-
-TEST(Subclass, NestedMessagesDispatchRecursivelyAndSetTheCurrentMessage) {
-  TestWindow window;
-  const int32_t h = window.handle();
-  std::string journal;
-  auto sub = New<GSubclass>();
   auto outer = New<Recorder>("outer", &journal, 1), inner = New<Recorder>("inner", &journal, 2);
+  inner->with_message = inner->with_params = true;
   outer->action = [&](int32_t hwnd, int32_t) {
-    const int32_t r = SendMessage(hwnd, kUser + 2, 0, 0);
+    const int32_t r = SendMessage(hwnd, kUser + 2, 3, 4);
     journal += " got " + std::to_string(r) + " current " + std::to_string(sub->CurrentMessage());
   };
   sub->AttachMessage(outer, h, kUser + 1);
   sub->AttachMessage(inner, h, kUser + 2);
   EXPECT_EQ(SendMessage(h, kUser + 1, 0, 0), 1);
-  EXPECT_EQ(journal, "outer inner got 2 current 1026");
-  sub->DetachMessage(outer, h, kUser + 1);
-  sub->DetachMessage(inner, h, kUser + 2);
-}
-
-TEST(Subclass, PostedMessagesArriveWhenTheThreadPumps) {
-  TestWindow window;
-  std::string journal;
-  auto sub = New<GSubclass>();
-  auto a = New<Recorder>("A", &journal);
-  a->with_message = a->with_params = true;
-  sub->AttachMessage(a, window.handle(), kUser + 5);
-  EXPECT_TRUE(PostMessage(window.handle(), kUser + 5, 7, -9));
+  EXPECT_EQ(journal, "outer inner:1026,3,4 got 2 current 1026");
+  journal.clear();
+  EXPECT_TRUE(PostMessage(h, kUser + 2, 7, -9));
+  SendMessage(h, kUser + 8, 0, 0);  // no client: not routed
   EXPECT_EQ(journal, "") << "not yet";
   EXPECT_TRUE(testing::PumpUntil([&] { return !journal.empty(); }));
-  EXPECT_EQ(journal, "A:1029,7,-9");
+  EXPECT_EQ(journal, "inner:1026,7,-9");
+  EXPECT_EQ(sub->CurrentMessage(), kUser + 2) << "kept after the dispatch";
+  int32_t other_thread = -1;
+  std::thread([&] { other_thread = New<GSubclass>()->CurrentMessage(); }).join();
+  EXPECT_EQ(other_thread, 0) << "per thread";
   EXPECT_FALSE(PostMessage(987654, kUser, 0, 0));
-  sub->DetachMessage(a, window.handle(), kUser + 5);
+  EXPECT_EQ(sub->CallOldWindowProc(h, wm::kClose, 0, 0), 0);
+  EXPECT_FALSE(window.widget->isVisible()) << "the widget's own handling closed it";
+  sub->DetachMessage(outer, h, kUser + 1);
+  sub->DetachMessage(inner, h, kUser + 2);
 }
 
 // Looks at a widget's properties at the last event of its deletion.
@@ -258,45 +213,37 @@ struct DeletionWatcher : QObject {
 // unhooks before the notice goes on: the procedure and the count go, the per-message
 // entries stay.
 TEST(Subclass, DestroyNoticeReachesClientsWhileTheWidgetExists) {
-  for (const bool client_on_destroy : {true, false}) {
-    auto* widget = new QWidget;
-    const int32_t h = static_cast<int32_t>(widget->winId());
-    const std::string n = std::to_string(h);
-    DeletionWatcher watcher;
-    watcher.names = {n, "C" + n, n + "#1024C", n + "#1024#1"};
-    widget->installEventFilter(&watcher);  // before the chain's, so it runs after it
-    std::string journal;
-    auto sub = New<GSubclass>();
-    auto a = New<Recorder>("A", &journal);
-    a->with_message = true;
-    a->action = [&](int32_t hwnd, int32_t) { journal += QWidget::find(static_cast<WId>(hwnd)) ? " found" : " gone"; };
-    sub->AttachMessage(a, h, client_on_destroy ? wm::kDestroy : kUser);
-    if (client_on_destroy) {
-      EXPECT_TRUE(DestroyWindow(h));
-      EXPECT_EQ(journal, "A:2 found");
-      EXPECT_EQ(QWidget::find(static_cast<WId>(h)), nullptr);
-      EXPECT_FALSE(DestroyWindow(h)) << "no window any more";
-    } else {
-      delete widget;
-      EXPECT_EQ(watcher.seen, n + "- C" + n + "- " + n + "#1024C+ " + n + "#1024#1+ ");
-      EXPECT_EQ(journal, "");
-    }
-  }
+  std::string journal;
+  auto sub = New<GSubclass>();
+  auto a = New<Recorder>("A", &journal);
+  a->with_message = true;
+  a->action = [&](int32_t hwnd, int32_t) { journal += QWidget::find(static_cast<WId>(hwnd)) ? " found" : " gone"; };
+  const int32_t destroyed = static_cast<int32_t>((new QWidget)->winId());
+  sub->AttachMessage(a, destroyed, wm::kDestroy);
+  EXPECT_TRUE(DestroyWindow(destroyed));
+  EXPECT_EQ(journal, "A:2 found");
+  EXPECT_EQ(QWidget::find(static_cast<WId>(destroyed)), nullptr);
+  EXPECT_FALSE(DestroyWindow(destroyed)) << "no window any more";
+
+  auto* widget = new QWidget;
+  const int32_t h = static_cast<int32_t>(widget->winId());
+  const std::string n = std::to_string(h);
+  DeletionWatcher watcher;
+  watcher.names = {n, "C" + n, n + "#1024C", n + "#1024#1"};
+  widget->installEventFilter(&watcher);  // before the chain's, so it runs after it
+  sub->AttachMessage(a, h, kUser);
+  journal.clear();
+  delete widget;
+  EXPECT_EQ(watcher.seen, n + "- C" + n + "- " + n + "#1024C+ " + n + "#1024#1+ ");
+  EXPECT_EQ(journal, "");
 }
 
 // Closing a top-level destroys its native window, as on the platform: the clients of the
 // destroy notice get it, the widget learns that its handle is gone, and the window shown
 // again is a new one that nothing has hooked.
 TEST(Subclass, AClosedTopLevelIsDestroyedAndShownAgainUnhooked) {
-  const struct {
-    const char* what;
-    bool client_on_destroy;
-    std::string journal;
-  } rows[] = {
-      {"a client of the destroy notice gets it after the close", true, "B:16 A:2"},
-      {"without one the window unhooks quietly", false, "B:16"},
-  };
-  for (const auto& row : rows) {
+  for (const bool client_on_destroy : {true, false}) {
+    SCOPED_TRACE(client_on_destroy ? "a client of the destroy notice" : "no client of the destroy notice");
     TestWindow window;
     window.widget->show();
     const int32_t h = window.handle();
@@ -305,22 +252,22 @@ TEST(Subclass, AClosedTopLevelIsDestroyedAndShownAgainUnhooked) {
     auto a = New<Recorder>("A", &journal), b = New<Recorder>("B", &journal);
     a->with_message = b->with_message = true;
     b->LetMsgResponse(emrPostProcess);
-    if (row.client_on_destroy) sub->AttachMessage(a, h, wm::kDestroy);
+    if (client_on_destroy) sub->AttachMessage(a, h, wm::kDestroy);
     sub->AttachMessage(b, h, wm::kClose);
     sub->AttachMessage(b, h, kUser);
     window.widget->close();
-    EXPECT_EQ(journal, row.journal) << row.what;
-    EXPECT_EQ(window.widget->internalWinId(), 0u) << row.what << ": no native window";
-    EXPECT_EQ(QWidget::find(static_cast<WId>(h)), nullptr) << row.what;
+    EXPECT_EQ(journal, client_on_destroy ? "B:16 A:2" : "B:16");
+    EXPECT_EQ(window.widget->internalWinId(), 0u) << "no native window";
+    EXPECT_EQ(QWidget::find(static_cast<WId>(h)), nullptr);
     window.widget->show();
     const int32_t again = static_cast<int32_t>(window.widget->winId());
-    EXPECT_NE(again, h) << row.what;
+    EXPECT_NE(again, h);
     journal.clear();
     SendMessage(again, kUser, 0, 0);
-    EXPECT_EQ(journal, "") << row.what << ": the new window is not hooked";
+    EXPECT_EQ(journal, "") << "the new window is not hooked";
     sub->AttachMessage(b, again, kUser);
     SendMessage(again, kUser, 0, 0);
-    EXPECT_EQ(journal, "B:1024") << row.what << ": and can be";
+    EXPECT_EQ(journal, "B:1024") << "and can be";
     sub->DetachMessage(b, again, kUser);
   }
 }
@@ -334,31 +281,19 @@ TEST(PlainWindow, GivesScriptsAHandleAndTheSubclassingProperties) {
   const auto widgets_before = QApplication::topLevelWidgets().size();
   Ref<Object> window = CreateObject(u"TSRuntimeLib.PlainWindow");
   const int32_t h = ToLong(Call(*window, u"Handle"));
-  EXPECT_NE(h, 0);
   std::string journal;
   auto client = New<Recorder>("A", &journal, 4);
   New<GSubclass>()->AttachMessage(client, h, 0x401);
-  const String name = FromAscii(std::to_string(h));
-  const struct {
-    const char* what;
-    String property;
-    std::string expected;
-  } rows[] = {
-      {"the message's client count as Long", name + u"#1025C", "Long 1"},
-      {"the client's address as Double", name + u"#1025#1",
-       "Double " + std::to_string(reinterpret_cast<quintptr>(client.get()))},
-      {"an absent property as Empty", name + u"#1026C", "Empty "},
+  const auto property = [&](const std::string& suffix) {
+    const Variant v = Call(*window, u"WindowProperty", {{{}, Variant(FromAscii(std::to_string(h) + suffix))}});
+    return ToUtf8(TypeName(v.type())) + " " + ToUtf8(ToString(v));
   };
-  for (const auto& row : rows) {
-    const Variant v = Call(*window, u"WindowProperty", {{{}, Variant(row.property)}});
-    EXPECT_EQ(ToUtf8(TypeName(v.type())) + " " + ToUtf8(ToString(v)), row.expected) << row.what;
-  }
+  EXPECT_EQ(property("#1025C") + " | " + property("#1025#1") + " | " + property("#1026C"),
+            "Long 1 | Double " + std::to_string(reinterpret_cast<quintptr>(client.get())) + " | Empty ")
+      << "a client count as Long, a client's address as Double, an absent property as Empty";
   New<GSubclass>()->DetachMessage(client, h, 0x401);
-  Call(*window, u"Show");
-  Call(*window, u"Close");
-  EXPECT_EQ(ToLong(Call(*window, u"Handle")), 0) << "a closed window has no native window";
   window = nullptr;
-  EXPECT_EQ(QApplication::topLevelWidgets().size(), widgets_before) << "the widget went too";
+  EXPECT_EQ(QApplication::topLevelWidgets().size(), widgets_before) << "the widget went with the object";
 }
 
 }  // namespace

@@ -26,8 +26,6 @@ TEST(Timer, IntervalAndEnabledFollowTheirRules) {
     std::function<void(CTimer&)> steps;
     std::string expected;  // Interval/Enabled/whether it holds a slot
   } rows[] = {
-      {"a new timer is stopped", [](CTimer&) {}, "0/False/stopped"},
-      {"Interval = 0 on a stopped timer does nothing", [](CTimer& t) { t.LetInterval(0); }, "0/False/stopped"},
       {"Interval = 100 starts ticking although Enabled reads False", [](CTimer& t) { t.LetInterval(100); },
        "100/False/running"},
       {"Interval = -5 on a running timer stops it and reads 0",
@@ -54,62 +52,46 @@ TEST(Timer, IntervalAndEnabledFollowTheirRules) {
   }
 }
 
-TEST(Timer, TheSameIntervalKeepsItsSystemTimerAndSlotsAreFilledLowestFirst) {
-  OnNewQtThread([] {
-    auto a = New<CTimer>(), b = New<CTimer>(), c = New<CTimer>();
-    std::string seen;
-    for (int interval : {1000, 1000, 500}) {
-      a->LetInterval(interval);
-      seen += std::to_string(Table().SystemTimers()) + " ";
-    }
-    EXPECT_EQ(seen, "1 1 1 ") << "no second system timer; a new interval kills the old one";
-    EXPECT_EQ(a->Interval(), 500);
-    b->LetInterval(60000);
-    EXPECT_EQ(Table().HighWaterMark(), 2);
-    a->LetInterval(0);
-    c->LetInterval(60000);
-    EXPECT_EQ(Table().HighWaterMark(), 2) << "c took slot 1, freed by a";
-    b->LetInterval(0);
-    c->LetInterval(0);
-    EXPECT_EQ(Table().SystemTimers(), 0);
-  });
-}
-
-TEST(Timer, TicksRaiseThatTimeOnlyWhileRunning) {
-  auto timer = New<CTimer>();
+// A running timer is held by its slot alone, so it ticks after the host let go of it; a
+// stopped one does not tick, while PulseTimer raises ThatTime at once, even then.
+TEST(Timer, TicksRaiseThatTimeOnlyWhileRunningEvenWithoutAHostReference) {
   int ticks = 0;
-  timer->OnThatTime([&] { ++ticks; });
-  timer->LetInterval(5);
-  EXPECT_TRUE(PumpUntil([&] { return ticks >= 3; }));
+  CTimer* raw = nullptr;
+  {
+    auto t = New<CTimer>();
+    t->OnThatTime([&] { ++ticks; });
+    t->LetInterval(2);
+    raw = t.get();
+  }
+  EXPECT_EQ(raw->RefCount(), 1) << "only the slot holds it";
+  EXPECT_TRUE(PumpUntil([&] { return ticks >= 3; })) << "it keeps ticking";
+  const Ref<CTimer> timer(raw);
   timer->LetInterval(0);
   const int seen = ticks;
   PumpFor(30);
   EXPECT_EQ(ticks, seen) << "a stopped timer does not tick";
   timer->PulseTimer();
   EXPECT_EQ(ticks, seen + 1) << "PulseTimer raises ThatTime at once, even when stopped";
+  EXPECT_EQ(Table().RunningTimers(), 0);
 }
 
-TEST(Timer, ARunningTimerOutlivesItsHostReferencesUntilStopped) {
-  OnNewQtThread([] {
-    int ticks = 0;
-    CTimer* raw = nullptr;
-    {
-      auto t = New<CTimer>();
-      t->OnThatTime([&] { ++ticks; });
-      t->LetInterval(2);
-      raw = t.get();
-    }
-    EXPECT_EQ(raw->RefCount(), 1) << "only the slot holds it";
-    EXPECT_TRUE(PumpUntil([&] { return ticks >= 2; })) << "it keeps ticking";
-    raw->LetInterval(0);  // the slot lets go: the timer is destroyed here
-    EXPECT_EQ(Table().RunningTimers(), 0);
-  });
-}
-
+// One system timer per running timer, kept for the same interval, and a hundred slots per
+// thread, filled lowest first: the 101st fails and its system timer is never killed.
 TEST(Timer, HundredSlotsPerThreadThe101stFailsAndItsSystemTimerLeaks) {
   OnNewQtThread([] {
     std::vector<Ref<CTimer>> timers(100);
-    for (auto& t : timers) (t = New<CTimer>())->LetInterval(60000);
+    for (auto& t : timers) t = New<CTimer>();
+    std::string seen;
+    for (int interval : {1000, 1000, 500}) {
+      timers[0]->LetInterval(interval);
+      seen += std::to_string(Table().SystemTimers()) + " ";
+    }
+    EXPECT_EQ(seen, "1 1 1 ") << "no second system timer; a new interval kills the old one";
+    timers[1]->LetInterval(60000);
+    timers[0]->LetInterval(0);
+    timers[2]->LetInterval(60000);
+    EXPECT_EQ(Table().HighWaterMark(), 2) << "the third took slot 1, freed by the first";
+    for (auto& t : timers) t->LetInterval(60000);
     EXPECT_EQ(Table().HighWaterMark(), 100);
     auto extra = New<CTimer>();
     int extra_ticks = 0;
@@ -165,21 +147,19 @@ std::vector<std::string> RunTwoHostThreads() {
   return seen;
 }
 
-const std::vector<std::string> kEachThread(2, "mark 100, 101st error -2147207853, ticks here, running 0");
-
-TEST(Timer, HostThreadsRunTimersAtOnceEachWithItsOwnTable) { EXPECT_EQ(RunTwoHostThreads(), kEachThread); }
-
-// Before any application exists, threads other than the main one tick through
-// PumpWaitingMessages alone, and Qt is not touched (it would take them for the main one).
-TEST(Timer, HostThreadsRunTimersBeforeAnyApplicationExists) {
-  if (!testing::InTestChild()) {
-    const auto child = testing::RunTestInChild("Timer.HostThreadsRunTimersBeforeAnyApplicationExists");
-    EXPECT_EQ(child.exit_code, 0) << child.output;
-    EXPECT_NE(child.output.find("[  PASSED  ] 1 test"), std::string::npos) << child.output;
+// Before any application exists (in a child process), threads other than the main one tick
+// through PumpWaitingMessages alone, and Qt is not touched (it would take them for the main one).
+TEST(Timer, HostThreadsRunTimersAtOnceEachWithItsOwnTable) {
+  const std::vector<std::string> each_thread(2, "mark 100, 101st error -2147207853, ticks here, running 0");
+  if (testing::InTestChild()) {
+    EXPECT_EQ(RunTwoHostThreads(), each_thread);
+    EXPECT_EQ(QCoreApplication::instance(), nullptr);
     return;
   }
-  EXPECT_EQ(RunTwoHostThreads(), kEachThread);
-  EXPECT_EQ(QCoreApplication::instance(), nullptr);
+  EXPECT_EQ(RunTwoHostThreads(), each_thread);
+  const auto child = testing::RunTestInChild("Timer.HostThreadsRunTimersAtOnceEachWithItsOwnTable");
+  EXPECT_EQ(child.exit_code, 0) << child.output;
+  EXPECT_NE(child.output.find("[  PASSED  ] 1 test"), std::string::npos) << child.output;
 }
 
 }  // namespace

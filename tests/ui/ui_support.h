@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "support/outcome.h"
 #include "tsruntime/GSubclass.h"
 #include "tsruntime/automation/modules.h"
 
@@ -159,5 +160,22 @@ class ModalScript {
   int polls_ = 0;
   std::string trace_;
 };
+
+// Runs `show` (which opens modal windows) while `script` plays the user; returns what it
+// raised ("nothing raised"), and fails the test when a step was left unplayed or a modal
+// window came that no step expected.
+template <class F>
+std::string Play(ModalScript& script, F&& show) {
+  const std::string raised = RaisedFields(std::forward<F>(show));
+  EXPECT_TRUE(script.Done() && script.Trace().find("unexpected") == std::string::npos) << script.Trace();
+  return raised;
+}
+// The same for one modal window of type W, on which `act` plays the user.
+template <class W, class F>
+std::string PlayOn(F&& show, std::function<void(W&)> act) {
+  ModalScript script;
+  script.On<W>(std::move(act));
+  return Play(script, std::forward<F>(show));
+}
 
 }  // namespace tsruntime::testing
