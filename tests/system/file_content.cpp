@@ -4,12 +4,14 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 
+#include <optional>
+
 #include "system/fs_fixture.h"
 
 namespace tsruntime::testing {
 namespace {
 
-class FileContent : public FsTest {};
+using FileContent = FsTest;
 
 TEST_F(FileContent, IsFileExistsTrueOnlyForWhatOpensAsAFile) {
   Put("empty", "");
@@ -18,13 +20,13 @@ TEST_F(FileContent, IsFileExistsTrueOnlyForWhatOpensAsAFile) {
   Link("to-file", Native("empty"));
   Link("dangling", Native("none"));
   Link("to-folder", Native("folder"));
-  const struct {
-    std::string name;
-    bool exists;
-  } rows[] = {{"empty", true},   {"Отчёт за май.txt", true}, {"to-file", true},
-              {"none", false},   {"folder", false},          {"to-folder", false},
-              {"dangling", false}, {"empty/", false},        {std::string("empty\0", 6), false}};
-  for (const auto& r : rows) EXPECT_EQ(fs_->IsFileExists(Path(r.name)), r.exists) << r.name;
+  for (const std::string& name : Names{"empty", "Отчёт за май.txt", "to-file"}) {
+    EXPECT_TRUE(fs_->IsFileExists(Path(name))) << name;
+  }
+  for (const std::string& name :
+       Names{"none", "folder", "to-folder", "dangling", "empty/", std::string("empty\0", 6)}) {
+    EXPECT_FALSE(fs_->IsFileExists(Path(name))) << name;
+  }
   EXPECT_FALSE(fs_->IsFileExists(u""));
 }
 
@@ -54,43 +56,12 @@ TEST_F(FileContent, TextIsOneAnsiByteACharacterWithNothingAdded) {
   EXPECT_EQ(fs_->StringReadAsString(Variant::Null()), u"") << "Null is no file name";
 }
 
-TEST_F(FileContent, StringWriteModes) {
-  const struct {
-    const char* what;
-    const char* before;  // nullptr: no file, before or after
-    int32_t mode;
-    bool ok;
-    const char* after;
-  } rows[] = {
-      {"replace, the default, replaces the whole file", "old content", 4, true, "new"},
-      {"replace creates a missing file", nullptr, 4, true, "new"},
-      {"append adds at the end", "old", 8, true, "oldnew"},
-      {"append creates a missing file", nullptr, 8, true, "new"},
-      {"if-exists + append: a missing file stays missing, and that succeeds", nullptr, 9, true,
-       nullptr},
-      {"if-exists + append appends to a file there", "old", 9, true, "oldnew"},
-      {"replace wins over append", "old", 12, true, "new"},
-      {"if-exists alone opens nothing and fails", "old", 1, false, "old"},
-      {"no mode bit fails", "old", 0, false, "old"},
-      {"a read-only file refuses replace", "old", -4, false, "old"},
-      {"a read-only file refuses append", "old", -8, false, "old"},
-  };
-  for (const auto& r : rows) {
-    std::filesystem::remove(Native("f.txt"));
-    if (r.before) Put("f.txt", r.before, r.mode < 0 ? 0444 : 0644);
-    const auto mode = static_cast<xeZK_FILEWRITEMODES>(r.mode < 0 ? -r.mode : r.mode);
-    EXPECT_EQ(fs_->StringWrite(u"new", Path("f.txt"), mode), r.ok) << r.what;
-    EXPECT_EQ(r.after ? Get("f.txt") : std::to_string(Exists("f.txt")), r.after ? r.after : "0")
-        << r.what;
-  }
-}
-
 TEST_F(FileContent, BinaryReadGivesBoundsZeroToLengthLessOne) {
   Put("bytes.bin", std::string("\0\x01\xFF", 3));
   Put("empty.bin", "");
   MakeFolder("folder");
   for (const std::string name : {"bytes.bin", "empty.bin", "none.bin", "folder"}) {
-    SafeArray buffer = SafeArray::FromBytes(ToBytes("keep"));
+    SafeArray buffer = ByteArray("keep");
     const bool ok = fs_->BinaryRead(Path(name), buffer);
     EXPECT_EQ(ok, name == "bytes.bin") << name << ": an empty file has no array to fill";
     EXPECT_EQ(Text(buffer.bytes()), ok ? std::string("\0\x01\xFF", 3) : "keep") << name;
@@ -101,54 +72,84 @@ TEST_F(FileContent, BinaryReadGivesBoundsZeroToLengthLessOne) {
             "error 13");
 }
 
-TEST_F(FileContent, BinaryWriteLeavesExactlyTheNewBytesAndReplacesReadOnlyFiles) {
+// StringWrite("new", mode) or BinaryWrite(bytes) over a file holding `before`, read-only
+// or not: a read-only file refuses text, and bytes replace it and leave it read-only.
+TEST_F(FileContent, WritesLeaveExactlyTheNewContentOrTheOldOne) {
   const struct {
     const char* what;
-    const char* before;
-    SafeArray data;
-    std::string after;
+    const char* before;  // nullptr: no file
+    bool read_only;
+    int32_t mode;
+    bool ok;
+    std::optional<std::string> after;  // nullopt: no file
+    std::optional<SafeArray> bytes = std::nullopt;  // BinaryWrite's, when given
   } rows[] = {
-      {"three bytes over a longer file", "a longer old file", SafeArray::FromBytes(ToBytes("abc")),
-       "abc"},
-      {"a new file", nullptr, SafeArray::FromBytes(Bytes{0, 0xFF}), std::string("\0\xFF", 2)},
-      {"an array never dimensioned", "old", SafeArray(VarType::kByte), ""},
-      {"an array from 5", "old", SafeArray::FromBytes(ToBytes("xy"), 5), "xy"},
+      {"replace, the default, replaces the whole file", "old content", false, 4, true, "new"},
+      {"replace creates a missing file", nullptr, false, 4, true, "new"},
+      {"append adds at the end", "old", false, 8, true, "oldnew"},
+      {"append creates a missing file", nullptr, false, 8, true, "new"},
+      {"if-exists + append: a missing file stays missing, and that succeeds", nullptr, false, 9,
+       true, std::nullopt},
+      {"if-exists + append appends to a file there", "old", false, 9, true, "oldnew"},
+      {"replace wins over append", "old", false, 12, true, "new"},
+      {"if-exists alone opens nothing and fails", "old", false, 1, false, "old"},
+      {"no mode bit fails", "old", false, 0, false, "old"},
+      {"a read-only file refuses replace", "old", true, 4, false, "old"},
+      {"a read-only file refuses append", "old", true, 8, false, "old"},
+      {"bytes over a longer read-only file", "a longer old file", true, 0, true, "abc",
+       ByteArray("abc")},
+      {"bytes make a new file", nullptr, false, 0, true, std::string("\0\xFF", 2),
+       SafeArray::FromBytes(Bytes{0, 0xFF})},
+      {"an array never dimensioned", "old", true, 0, true, "", SafeArray(VarType::kByte)},
+      {"an array from 5", "old", true, 0, true, "xy", SafeArray::FromBytes(ToBytes("xy"), 5)},
   };
   for (const auto& r : rows) {
-    std::filesystem::remove(Native("out.bin"));
-    if (r.before) Put("out.bin", r.before, 0444);
-    EXPECT_TRUE(fs_->BinaryWrite(Path("out.bin"), r.data)) << r.what;
-    EXPECT_EQ(Get("out.bin"), r.after) << r.what;
-    EXPECT_TRUE(!r.before || Mode("out.bin") == 0444u) << r.what << ": read-only stays so";
+    std::filesystem::remove(Native("f.txt"));
+    if (r.before) Put("f.txt", r.before, r.read_only ? 0444 : 0644);
+    const auto mode = static_cast<xeZK_FILEWRITEMODES>(r.mode);
+    EXPECT_EQ(r.bytes ? fs_->BinaryWrite(Path("f.txt"), *r.bytes) : fs_->StringWrite(u"new", Path("f.txt"), mode),
+              r.ok)
+        << r.what;
+    EXPECT_EQ(Exists("f.txt") ? std::optional(Get("f.txt")) : std::nullopt, r.after) << r.what;
+    EXPECT_EQ(Mode("f.txt"), r.after ? (r.read_only ? 0444u : 0644u) : 0u) << r.what;
+    EXPECT_EQ(Listing().size(), r.after ? 1u : 0u) << r.what << ": no copy is left";
   }
-  EXPECT_EQ(Listing(), std::vector<std::string>{"out.bin"}) << "no temporary file is left";
 }
 
-TEST_F(FileContent, ReplacingFollowsLinksAndKeepsPermissions) {
+// A link is followed and stays a link; a file with a second name is written in place,
+// so both names see the new content, cut to its length; permission bits stay.
+TEST_F(FileContent, ReplacingKeepsLinksNamesAndPermissions) {
   Put("target.txt", "old", 0640);
   Link("link.txt", "target.txt");
-  Link("dangling.txt", "made-through-link.txt");
-  ASSERT_TRUE(fs_->StringWrite(u"text", Path("link.txt")));
-  EXPECT_EQ(Get("target.txt"), "text");
-  ASSERT_TRUE(fs_->BinaryWrite(Path("link.txt"), SafeArray::FromBytes(ToBytes("bytes"))));
-  EXPECT_EQ(Get("target.txt"), "bytes");
-  EXPECT_TRUE(std::filesystem::is_symlink(Native("link.txt"))) << "the link stays a link";
+  Link("dangling.txt", "made.txt");
+  Put("a.txt", "a longer old text");
+  ASSERT_EQ(::link(Native("a.txt").c_str(), Native("b.txt").c_str()), 0);
+  const struct {
+    const char *what, *written, *read;
+  } rows[] = {{"through a link", "link.txt", "target.txt"},
+              {"through a dangling link its file is made", "dangling.txt", "made.txt"},
+              {"a file with two names", "a.txt", "b.txt"},
+              {"the same by its other name", "b.txt", "a.txt"}};
+  for (const auto& r : rows) {
+    ASSERT_TRUE(fs_->StringWrite(u"text", Path(r.written))) << r.what;
+    EXPECT_EQ(Get(r.read), "text") << r.what;
+    ASSERT_TRUE(fs_->BinaryWrite(Path(r.written), ByteArray("by"))) << r.what;
+    EXPECT_EQ(Get(r.read), "by") << r.what;
+  }
+  EXPECT_TRUE(S_ISLNK(Info("link.txt").st_mode) && S_ISLNK(Info("dangling.txt").st_mode));
   EXPECT_EQ(Mode("target.txt"), 0640u);
-  EXPECT_TRUE(fs_->StringWrite(u"new", Path("dangling.txt")));
-  EXPECT_EQ(Get("made-through-link.txt"), "new") << "a dangling link's file is created";
+  EXPECT_EQ(Info("a.txt").st_nlink, 2u);
+  EXPECT_EQ(Listing(), (Names{"a.txt", "b.txt", "dangling.txt", "link.txt", "made.txt", "target.txt"}));
 }
 
 TEST_F(FileContent, WritesThatCannotHappenFailAndLoseNothing) {
   Put("folder/inside.txt", "kept");
-  const SafeArray data = SafeArray::FromBytes(ToBytes("new"));
-  EXPECT_FALSE(fs_->BinaryWrite(Path("folder"), data)) << "a folder is not replaced";
-  EXPECT_FALSE(fs_->StringWrite(u"new", Path("folder"))) << "nor by text";
-  EXPECT_FALSE(fs_->StringWrite(u"new", Path("folder"), xcZK_FILEWRITE_APPEND));
-  EXPECT_FALSE(fs_->BinaryWrite(Path("none/x.bin"), data)) << "a missing folder";
-  EXPECT_FALSE(fs_->StringWrite(u"new", Path("none/x.txt")));
+  for (const char* name : {"folder", "none/x"}) {
+    EXPECT_FALSE(fs_->BinaryWrite(Path(name), ByteArray("new"))) << name;
+    EXPECT_FALSE(fs_->StringWrite(u"new", Path(name))) << name;
+    EXPECT_FALSE(fs_->StringWrite(u"new", Path(name), xcZK_FILEWRITE_APPEND)) << name;
+  }
   EXPECT_EQ(Get("folder/inside.txt"), "kept");
-  EXPECT_EQ(Listing(), std::vector<std::string>{"folder"});
-
   // A write the file system refuses part way (a size limit, standing for a full disk).
   const std::string old(4096, 'o');
   Put("keep.bin", old);
@@ -165,7 +166,7 @@ TEST_F(FileContent, WritesThatCannotHappenFailAndLoseNothing) {
   ::waitpid(child, &status, 0);
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "both writes report failure";
   EXPECT_EQ(Get("keep.bin"), old);
-  EXPECT_EQ(Listing(), (std::vector<std::string>{"folder", "keep.bin"})) << "no partial copy";
+  EXPECT_EQ(Listing(), (Names{"folder", "keep.bin"})) << "no partial copy";
 }
 
 }  // namespace

@@ -45,8 +45,7 @@ TEST_F(Queries, GetSysFolderNameEndsInExactlyOneSeparator) {
 int32_t Limited(uint64_t bytes) { return bytes < (uint64_t{1} << 31) ? int32_t(bytes) : -1; }
 
 TEST_F(Queries, DiskSpaceIsThe32BitCountOrMinusOne) {
-  for (const std::string& disk : {std::string("/"), Native(), std::string("/dev/shm"),
-                                  std::string("/run"), std::string("/dev")}) {
+  for (const std::string& disk : {std::string("/"), Native(), std::string("/dev/shm")}) {
     struct statvfs info;
     if (::statvfs(disk.c_str(), &info) != 0) continue;
     EXPECT_EQ(fs_->GetDiskSpaceAll(FromUtf8(disk)), Limited(uint64_t{info.f_frsize} * info.f_blocks))
@@ -68,23 +67,21 @@ TEST_F(Queries, NormalizePathResolvesAgainstABaseFolderItLeavesCurrent) {
     bool folder;
     String base_folder;
     std::string result;
-    std::string cwd_after;
   } rows[] = {
-      {"a relative name against the base", u"x.txt", false, Path("base"), base + "/x.txt", base},
-      {"'..' and '.' are resolved", u"./sub/../../y", false, Path("base"), Native("y"), base},
-      {"an empty base keeps the current folder", u"sub", false, u"", base + "/sub", base},
-      {"a folder gets one separator", u"sub//", true, Path("base/sub/.."), base + "/sub/",
-       base},
+      {"a relative name against the base", u"x.txt", false, Path("base"), base + "/x.txt"},
+      {"'..' and '.' are resolved", u"./sub/../../y", false, Path("base"), Native("y")},
+      {"an empty base keeps the current folder", u"sub", false, u"", base + "/sub"},
+      {"a folder gets one separator", u"sub//", true, Path("base/sub/.."), base + "/sub/"},
       {"an absolute name ignores the base but the base is entered", Path("a/./b/"), false,
-       Path("base"), Native("a/b"), base},
-      {"the root as a folder gets its separator all the same", u"/", true, u"", "//", base},
-      {"a base that cannot be entered is ignored", u"z", false, Path("none"), base + "/z", base},
-      {"nothing at all is the current folder", u"", false, u"", base, base},
-      {"a name holding NUL gives nothing", String(u"a\0b", 3), false, u"", "", base},
+       Path("base"), Native("a/b")},
+      {"the root as a folder gets its separator all the same", u"/", true, u"", "//"},
+      {"a base that cannot be entered is ignored", u"z", false, Path("none"), base + "/z"},
+      {"nothing at all is the current folder", u"", false, u"", base},
+      {"a name holding NUL gives nothing", String(u"a\0b", 3), false, u"", ""},
   };
   for (const auto& r : rows) {
     EXPECT_EQ(U8(fs_->NormalizePath(r.expression, r.folder, r.base_folder)), r.result) << r.what;
-    EXPECT_EQ(std::filesystem::current_path().string(), r.cwd_after) << r.what;
+    EXPECT_EQ(std::filesystem::current_path().string(), base) << r.what << ": the base stays current";
   }
 }
 
