@@ -11,27 +11,35 @@ namespace {
 
 using FileAndFolderOps = FsTest;
 
+// A folder is empty when it lists nothing but dot-names; a file exists when it opens as one.
 TEST_F(FileAndFolderOps, IsPathExistsAndIsDirEmpty) {
-  Put("Папка с пробелом/.profile", "");
-  MakeFolder("Папка с пробелом/.git");
+  Put("dots/.profile", "");
+  MakeFolder("dots/.git");
   Put("full/.a", "");
-  Put("full/b", "");
-  Link("to-folder", Native("Папка с пробелом"));
+  Put("full/Отчёт за май.txt", "");
+  Link("to-folder", Native("dots"));
+  Link("to-file", Native("full/Отчёт за май.txt"));
+  Link("dangling", Native("none"));
   const struct {
     const char* what;
     String path;
-    bool exists, empty;
+    bool file, exists, empty;  // IsFileExists, IsPathExists, IsDirEmpty
   } rows[] = {
-      {"a folder holding dot-names only", Path("Папка с пробелом"), true, true},
-      {"the same with trailing slashes", Path("Папка с пробелом///"), true, true},
-      {"a link to a folder", Path("to-folder"), true, true},
-      {"an ordinary file among dot-names", Path("full/"), true, false},
-      {"the root, however many slashes", u"//", true, false},
-      {"a file", Path("full/b"), false, true},
-      {"a missing folder lists nothing", Path("none"), false, true},
-      {"the empty path, whose listing is the root's", u"", false, false},
+      {"a folder holding dot-names only", Path("dots"), false, true, true},
+      {"the same with trailing slashes", Path("dots///"), false, true, true},
+      {"a link to a folder", Path("to-folder"), false, true, true},
+      {"an ordinary file among dot-names", Path("full/"), false, true, false},
+      {"the root, however many slashes", u"//", false, true, false},
+      {"an empty file", Path("full/Отчёт за май.txt"), true, false, true},
+      {"a link to a file", Path("to-file"), true, false, true},
+      {"a file named as a folder", Path("full/Отчёт за май.txt/"), false, false, true},
+      {"a name holding NUL is refused", Path(std::string("full\0", 5)), false, false, false},
+      {"a dangling link", Path("dangling"), false, false, true},
+      {"a missing folder lists nothing", Path("none"), false, false, true},
+      {"the empty path, whose listing is the root's", u"", false, false, false},
   };
   for (const auto& r : rows) {
+    EXPECT_EQ(fs_->IsFileExists(r.path), r.file) << r.what;
     EXPECT_EQ(fs_->IsPathExists(r.path), r.exists) << r.what;
     EXPECT_EQ(fs_->IsDirEmpty(r.path), r.empty) << r.what;
   }
@@ -208,33 +216,29 @@ TEST_F(FileAndFolderOps, FileSetDateTimeSetsWhatIsGivenAndRefusesWhatIsNot) {
   const bool ext4 = ::statfs(Native().c_str(), &disk) == 0 && disk.f_type == EXT4_SUPER_MAGIC;
   const Variant none = Variant::Missing();
   ASSERT_TRUE(fs_->FileSetDateTime(Path("f.txt"), none, Variant(march), Variant(march)));
-  const time_t accessed = Info("f.txt").st_atim.tv_sec;
-  const struct {
-    const char* what;
-    std::string file;
-    Variant created, accessed, written;
-    bool ok;
-    Date written_after;
-  } rows[] = {
-      {"no dates at all", "f.txt", none, none, none, true, march},
-      {"a creation date is taken and ignored", "f.txt", Variant(july), none, none, true, march},
-      {"text that is no date", "f.txt", none, none, Variant(u"abc"), false, march},
-      {"Null", "f.txt", none, Variant::Null(), none, false, march},
-      {"a bad creation date", "f.txt", Variant(u"abc"), none, Variant(july), false, march},
-      {"before 1601", "f.txt", none, none, Variant(Date::FromParts({1600, 12, 31})), false, march},
-      {"a missing file", "none", none, none, Variant(july), false, march},
-      {"a read-only file", "ro.txt", none, none, Variant(july), false, march},
-      {"a folder", "folder", none, none, Variant(july), false, march},
-      {"a date the file system cannot hold sets nothing (ext4 starts in 1901)", "f.txt", none,
-       none, Variant(old_date), !ext4, ext4 ? march : old_date},
-      {"a date as text", "f.txt", none, none, Variant(u"2021-07-04 13:45:30"), true, july},
+  const time_t last_access = Info("f.txt").st_atim.tv_sec;
+  // (what, file, created, accessed, written); the refused set nothing.
+  const std::tuple<const char*, std::string, Variant, Variant, Variant> refused[] = {
+      {"text that is no date", "f.txt", none, none, Variant(u"abc")},
+      {"Null", "f.txt", none, Variant::Null(), none},
+      {"a bad creation date", "f.txt", Variant(u"abc"), none, Variant(july)},
+      {"before 1601", "f.txt", none, none, Variant(Date::FromParts({1600, 12, 31}))},
+      {"a missing file", "none", none, none, Variant(july)},
+      {"a read-only file", "ro.txt", none, none, Variant(july)},
+      {"a folder", "folder", none, none, Variant(july)},
   };
-  for (const auto& r : rows) {
-    EXPECT_EQ(fs_->FileSetDateTime(Path(r.file), r.created, r.accessed, r.written), r.ok)
-        << r.what;
-    EXPECT_EQ(FileDateTime(Path("f.txt")), r.written_after) << r.what;
+  for (const auto& [what, file, created, accessed, written] : refused) {
+    EXPECT_FALSE(fs_->FileSetDateTime(Path(file), created, accessed, written)) << what;
   }
-  EXPECT_EQ(Info("f.txt").st_atim.tv_sec, accessed) << "last access untouched throughout";
+  EXPECT_TRUE(fs_->FileSetDateTime(Path("f.txt"))) << "no dates at all";
+  EXPECT_TRUE(fs_->FileSetDateTime(Path("f.txt"), Variant(july))) << "a creation date is ignored";
+  EXPECT_EQ(FileDateTime(Path("f.txt")), march) << "nothing set so far";
+  EXPECT_EQ(fs_->FileSetDateTime(Path("f.txt"), none, none, Variant(old_date)), !ext4)
+      << "a date the file system cannot hold sets nothing (ext4 starts in 1901)";
+  EXPECT_EQ(FileDateTime(Path("f.txt")), ext4 ? march : old_date);
+  EXPECT_TRUE(fs_->FileSetDateTime(Path("f.txt"), none, none, Variant(u"2021-07-04 13:45:30")));
+  EXPECT_EQ(FileDateTime(Path("f.txt")), july) << "a date as text";
+  EXPECT_EQ(Info("f.txt").st_atim.tv_sec, last_access) << "last access untouched throughout";
   EXPECT_EQ(Outcome([&] { return ToUtf8(FileDateTime(Path("none")).ToText()); }), "error 53");
 }
 
