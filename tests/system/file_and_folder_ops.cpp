@@ -20,11 +20,8 @@ TEST_F(FileAndFolderOps, IsPathExistsAndIsDirEmpty) {
   Link("to-folder", Native("dots"));
   Link("to-file", Native("full/Отчёт за май.txt"));
   Link("dangling", Native("none"));
-  const struct {
-    const char* what;
-    String path;
-    bool file, exists, empty;  // IsFileExists, IsPathExists, IsDirEmpty
-  } rows[] = {
+  // (what, path, IsFileExists, IsPathExists, IsDirEmpty)
+  const std::tuple<const char*, String, bool, bool, bool> rows[] = {
       {"a folder holding dot-names only", Path("dots"), false, true, true},
       {"the same with trailing slashes", Path("dots///"), false, true, true},
       {"a link to a folder", Path("to-folder"), false, true, true},
@@ -38,10 +35,10 @@ TEST_F(FileAndFolderOps, IsPathExistsAndIsDirEmpty) {
       {"a missing folder lists nothing", Path("none"), false, false, true},
       {"the empty path, whose listing is the root's", u"", false, false, false},
   };
-  for (const auto& r : rows) {
-    EXPECT_EQ(fs_->IsFileExists(r.path), r.file) << r.what;
-    EXPECT_EQ(fs_->IsPathExists(r.path), r.exists) << r.what;
-    EXPECT_EQ(fs_->IsDirEmpty(r.path), r.empty) << r.what;
+  for (const auto& [what, path, file, exists, empty] : rows) {
+    EXPECT_EQ(fs_->IsFileExists(path), file) << what;
+    EXPECT_EQ(fs_->IsPathExists(path), exists) << what;
+    EXPECT_EQ(fs_->IsDirEmpty(path), empty) << what;
   }
 }
 
@@ -187,9 +184,7 @@ TEST_F(FileAndFolderOps, DirKillOfATreeTheUserCannotEmptyDeletesNothing) {
 
 TEST_F(FileAndFolderOps, PathShort2LongKeepsExistingLevelsAndEmptiesMissingOnes) {
   Put("Длинное имя/file.txt", "");
-  const struct {
-    String path, result;
-  } rows[] = {
+  const std::pair<String, String> rows[] = {  // (path, result)
       {Path("Длинное имя/file.txt"), Path("Длинное имя/file.txt")},
       {Path("Длинное имя/none"), Path("Длинное имя/")},
       {Path("none/Длинное имя"), Path("/Длинное имя")},
@@ -198,7 +193,7 @@ TEST_F(FileAndFolderOps, PathShort2LongKeepsExistingLevelsAndEmptiesMissingOnes)
       {u"", u""},
       {u"relative-none/x", u"relative-none/"},
   };
-  for (const auto& r : rows) EXPECT_EQ(U8(fs_->PathShort2Long(r.path)), U8(r.result));
+  for (const auto& [path, result] : rows) EXPECT_EQ(U8(fs_->PathShort2Long(path)), U8(result));
   const std::string long_name(300, 'n');
   EXPECT_EQ(Run([&] { return fs_->PathShort2Long(Path(long_name)).empty(); }),
             std::to_string(xcZKERR_FS_PATHSHORT2LONG) +

@@ -18,27 +18,23 @@ TEST_F(FileContent, ReadsGiveTheWholeFileOrLeaveTheBufferAlone) {
   Put("bytes.bin", std::string("\0\x01\xFF", 3));
   Put("empty.txt", "");
   MakeFolder("folder");
-  const struct {
-    std::string name;
-    bool ok;
-    String text;
-  } rows[] = {
+  const std::tuple<std::string, bool, String> rows[] = {  // (name, read, text then)
       {"Новый файл.ini", true, u"Ёлка\r\n€?\x01я"},
       {"bytes.bin", true, String(u"\0\x01я", 3)},
       {"empty.txt", true, u""},
       {"none.txt", false, u"before"},
       {"folder", false, u"before"},
   };
-  for (const auto& r : rows) {
+  for (const auto& [name, ok, text] : rows) {
     String buffer = u"before";
-    EXPECT_EQ(fs_->StringRead(buffer, Path(r.name)), r.ok) << r.name;
-    EXPECT_EQ(buffer, r.text) << r.name;
-    EXPECT_EQ(fs_->StringReadAsString(Variant(Path(r.name))), r.ok ? r.text : u"") << r.name;
-    const bool has_bytes = r.ok && !r.text.empty();  // an empty file has no array to fill
+    EXPECT_EQ(fs_->StringRead(buffer, Path(name)), ok) << name;
+    EXPECT_EQ(buffer, text) << name;
+    EXPECT_EQ(fs_->StringReadAsString(Variant(Path(name))), ok ? text : u"") << name;
+    const bool has_bytes = ok && !text.empty();  // an empty file has no array to fill
     SafeArray bytes = ByteArray("keep");
-    EXPECT_EQ(fs_->BinaryRead(Path(r.name), bytes), has_bytes) << r.name;
-    EXPECT_EQ(Text(bytes.bytes()), has_bytes ? Get(r.name) : "keep") << r.name;
-    EXPECT_EQ(bytes.lbound(), 0) << r.name;
+    EXPECT_EQ(fs_->BinaryRead(Path(name), bytes), has_bytes) << name;
+    EXPECT_EQ(Text(bytes.bytes()), has_bytes ? Get(name) : "keep") << name;
+    EXPECT_EQ(bytes.lbound(), 0) << name;
   }
   EXPECT_EQ(fs_->StringReadAsString(Variant::Null()), u"") << "Null is no file name";
   SafeArray strings(VarType::kString);
@@ -98,17 +94,14 @@ TEST_F(FileContent, ReplacingKeepsLinksNamesAndPermissions) {
   Link("dangling.txt", "made.txt");
   Put("a.txt", "a longer old text");
   ASSERT_EQ(::link(Native("a.txt").c_str(), Native("b.txt").c_str()), 0);
-  const struct {
-    const char *what, *written, *read;
-  } rows[] = {{"through a link", "link.txt", "target.txt"},
-              {"through a dangling link its file is made", "dangling.txt", "made.txt"},
-              {"a file with two names", "a.txt", "b.txt"},
-              {"the same by its other name", "b.txt", "a.txt"}};
-  for (const auto& r : rows) {
-    ASSERT_TRUE(fs_->StringWrite(u"text", Path(r.written))) << r.what;
-    EXPECT_EQ(Get(r.read), "text") << r.what;
-    ASSERT_TRUE(fs_->BinaryWrite(Path(r.written), ByteArray("by"))) << r.what;
-    EXPECT_EQ(Get(r.read), "by") << r.what;
+  // (the name written, the name read): a link and the file it names, a dangling link and
+  // the file it makes, one name of a file and the other.
+  for (const auto& [written, read] : {std::pair{"link.txt", "target.txt"}, {"dangling.txt", "made.txt"},
+                                      {"a.txt", "b.txt"}, {"b.txt", "a.txt"}}) {
+    ASSERT_TRUE(fs_->StringWrite(u"text", Path(written))) << written;
+    EXPECT_EQ(Get(read), "text") << written;
+    ASSERT_TRUE(fs_->BinaryWrite(Path(written), ByteArray("by"))) << written;
+    EXPECT_EQ(Get(read), "by") << written;
   }
   EXPECT_TRUE(S_ISLNK(Info("link.txt").st_mode) && S_ISLNK(Info("dangling.txt").st_mode));
   EXPECT_EQ(Mode("target.txt"), 0640u);

@@ -8,19 +8,15 @@ namespace {
 
 class Queries : public FsTest {
  protected:
-  ~Queries() override {
-    if (!cwd_.empty()) std::filesystem::current_path(cwd_);
-  }
+  ~Queries() override { std::filesystem::current_path(cwd_); }
   std::filesystem::path cwd_ = std::filesystem::current_path();
 };
 
 TEST_F(Queries, GetSysFolderNameEndsInExactlyOneSeparator) {
-  const struct {
-    const char* what;
-    int32_t type;
-    const char* tmpdir;
-    std::string folder;
-  } rows[] = {
+  const char* old = std::getenv("TMPDIR");
+  const std::string kept = old ? old : "";
+  // (what, type, TMPDIR or nullptr for none, the folder)
+  const std::tuple<const char*, int32_t, const char*, std::string> rows[] = {
       {"the Windows folder stands for system-wide settings", 0, nullptr, "/etc/"},
       {"the system folder for system libraries", 1, nullptr, "/usr/lib/"},
       {"the temporary folder without TMPDIR", 2, nullptr, "/tmp/"},
@@ -29,12 +25,9 @@ TEST_F(Queries, GetSysFolderNameEndsInExactlyOneSeparator) {
       {"TMPDIR passes through the ANSI code page", 2, "/tmp/漢", "/tmp/?/"},
       {"an unknown type", 3, nullptr, ""},
   };
-  const char* old = std::getenv("TMPDIR");
-  const std::string kept = old ? old : "";
-  for (const auto& r : rows) {
-    r.tmpdir ? ::setenv("TMPDIR", r.tmpdir, 1) : ::unsetenv("TMPDIR");
-    EXPECT_EQ(U8(fs_->GetSysFolderName(static_cast<xeZK_GETSYSFOLDER>(r.type))), r.folder)
-        << r.what;
+  for (const auto& [what, type, tmpdir, folder] : rows) {
+    tmpdir ? ::setenv("TMPDIR", tmpdir, 1) : ::unsetenv("TMPDIR");
+    EXPECT_EQ(U8(fs_->GetSysFolderName(static_cast<xeZK_GETSYSFOLDER>(type))), folder) << what;
   }
   old ? ::setenv("TMPDIR", kept.c_str(), 1) : ::unsetenv("TMPDIR");
 }
@@ -43,28 +36,23 @@ TEST_F(Queries, GetSysFolderNameEndsInExactlyOneSeparator) {
 TEST_F(Queries, DiskSpaceIsThe32BitCountOrMinusOne) {
   if (!MountSmallDisk("small", "1m") || !MountSmallDisk("large", "3g")) GTEST_SKIP() << "no mounts here";
   Put("small/half", std::string(1 << 19, 'x'));
-  const struct {
-    String disk;
-    int32_t all, free;
-  } rows[] = {{Path("small"), 1 << 20, 1 << 19}, {Path("small/half"), 1 << 20, 1 << 19},
-              {Path("large"), -1, -1},           {Path("none"), -1, -1},
-              {u"", -1, -1}};
-  for (const auto& r : rows) {
-    EXPECT_EQ(fs_->GetDiskSpaceAll(r.disk), r.all) << U8(r.disk);
-    EXPECT_EQ(fs_->GetDiskSpaceFree(r.disk), r.free) << U8(r.disk);
+  // (disk, all, free)
+  const std::tuple<String, int32_t, int32_t> rows[] = {
+      {Path("small"), 1 << 20, 1 << 19}, {Path("small/half"), 1 << 20, 1 << 19},
+      {Path("large"), -1, -1},           {Path("none"), -1, -1},
+      {u"", -1, -1}};
+  for (const auto& [disk, all, free] : rows) {
+    EXPECT_EQ(fs_->GetDiskSpaceAll(disk), all) << U8(disk);
+    EXPECT_EQ(fs_->GetDiskSpaceFree(disk), free) << U8(disk);
   }
 }
 
+// Every row leaves the base folder current, whether it was entered now or before.
 TEST_F(Queries, NormalizePathResolvesAgainstABaseFolderItLeavesCurrent) {
   MakeFolder("base/sub");
   const std::string base = Native("base");
-  const struct {
-    const char* what;
-    String expression;
-    bool folder;
-    String base_folder;
-    std::string result;
-  } rows[] = {
+  // (what, expression, is a folder, base folder, result)
+  const std::tuple<const char*, String, bool, String, std::string> rows[] = {
       {"a relative name against the base", u"x.txt", false, Path("base"), base + "/x.txt"},
       {"'..' and '.' are resolved", u"./sub/../../y", false, Path("base"), Native("y")},
       {"an empty base keeps the current folder", u"sub", false, u"", base + "/sub"},
@@ -76,9 +64,9 @@ TEST_F(Queries, NormalizePathResolvesAgainstABaseFolderItLeavesCurrent) {
       {"nothing at all is the current folder", u"", false, u"", base},
       {"a name holding NUL gives nothing", String(u"a\0b", 3), false, u"", ""},
   };
-  for (const auto& r : rows) {
-    EXPECT_EQ(U8(fs_->NormalizePath(r.expression, r.folder, r.base_folder)), r.result) << r.what;
-    EXPECT_EQ(std::filesystem::current_path().string(), base) << r.what << ": the base stays current";
+  for (const auto& [what, expression, folder, base_folder, result] : rows) {
+    EXPECT_EQ(U8(fs_->NormalizePath(expression, folder, base_folder)), result) << what;
+    EXPECT_EQ(std::filesystem::current_path().string(), base) << what;
   }
 }
 

@@ -19,13 +19,17 @@ Names Rows(const SafeArray& table) {
   return rows;
 }
 
-TEST_F(Scanning, DirScanListsFoldersAndFilesInListingOrderAfterTheLeadingDotNames) {
+// Folders and files in the kernel's listing order after its leading run of dot-names, links
+// to folders among the folders; the tables start anew or, when asked, grow.
+TEST_F(Scanning, DirScanListsInListingOrderAfterTheLeadingDotNamesAndGrowsTheTables) {
   Put("d/Файл один.txt", "");
   MakeFolder("d/Папка");
   MakeFolder("other");
   Link("d/to-other", Native("other"));
   Link("d/to-file", Native("d/Файл один.txt"));
   Link("d/dangling", Native("none"));
+  Put("two/b.txt", "");
+  MakeFolder("empty");
   // Dot-names and plain names until a dot-name is listed after a plain one, so that
   // both halves of the rule are seen.
   for (int i = 0; i < 64; ++i) {
@@ -35,30 +39,15 @@ TEST_F(Scanning, DirScanListsFoldersAndFilesInListingOrderAfterTheLeadingDotName
     const auto plain = std::find_if(order.begin(), order.end(), [](auto& n) { return n[0] != '.'; });
     if (plain != order.begin() && std::any_of(plain, order.end(), [](auto& n) { return n[0] == '.'; })) break;
   }
-  // The kernel's listing without its leading run of dot-names; links to folders are folders.
-  Names expected_dirs, expected_files;
+  Names d_dirs, d_files;
   for (const std::string& name : Listing("d", false)) {
-    if (name[0] == '.' && expected_dirs.empty() && expected_files.empty()) continue;
+    if (name[0] == '.' && d_dirs.empty() && d_files.empty()) continue;
     const std::string path = Native("d/" + name);
-    (std::filesystem::is_directory(path) ? expected_dirs : expected_files).push_back(name + "|" + path);
+    (std::filesystem::is_directory(path) ? d_dirs : d_files).push_back(name + "|" + path);
   }
-  SafeArray dirs(VarType::kString), files(VarType::kString);
-  for (const String& path : {Path("d"), Path("d///")}) {
-    ASSERT_TRUE(fs_->DirScan(path, dirs, files));
-    EXPECT_EQ(Rows(dirs), expected_dirs);
-    EXPECT_EQ(Rows(files), expected_files) << "links to files and dangling links";
-    EXPECT_EQ(dirs.elementType(), VarType::kString);
-  }
-}
-
-TEST_F(Scanning, DirScanTablesStartAnewOrGrow) {
-  Put("one/a.txt", "");
-  MakeFolder("one/sub");
-  Put("two/b.txt", "");
-  MakeFolder("empty");
-  const Names none{"-1 to -1"}, sub{"sub|" + Native("one/sub")},
-      a{"a.txt|" + Native("one/a.txt")}, b{"b.txt|" + Native("two/b.txt")},
-      ab{a[0], b[0]};
+  const Names none{"-1 to -1"}, b{"b.txt|" + Native("two/b.txt")};
+  Names d_files_b = d_files;
+  d_files_b.push_back(b[0]);
   SafeArray dirs(VarType::kString), files(VarType::kString);
   const struct {
     const char* what;
@@ -67,26 +56,27 @@ TEST_F(Scanning, DirScanTablesStartAnewOrGrow) {
     Names dirs, files;
   } rows[] = {
       {"an empty folder gives two empty tables", "empty", false, true, none, none},
-      {"appending to empty tables starts at row 0", "one", true, true, sub, a},
-      {"appending again goes after the rows there", "two", true, true, sub, ab},
-      {"a missing folder while appending keeps the tables", "none", true, false, sub, ab},
-      {"an empty folder while appending adds nothing", "empty", true, true, sub, ab},
+      {"appending to empty tables starts at row 0", "d", true, true, d_dirs, d_files},
+      {"appending again goes after the rows there", "two", true, true, d_dirs, d_files_b},
+      {"a missing folder while appending keeps the tables", "none", true, false, d_dirs, d_files_b},
+      {"an empty folder while appending adds nothing", "empty", true, true, d_dirs, d_files_b},
       {"without appending the tables start anew", "two", false, true, none, b},
+      {"trailing slashes", "d///", false, true, d_dirs, d_files},
       {"a missing folder empties both tables", "none", false, false, none, none},
   };
   for (const auto& r : rows) {
     EXPECT_EQ(fs_->DirScan(Path(r.folder), dirs, files, r.add), r.result) << r.what;
     EXPECT_EQ(Rows(dirs), r.dirs) << r.what;
     EXPECT_EQ(Rows(files), r.files) << r.what;
+    EXPECT_EQ(files.elementType(), VarType::kString) << r.what;
   }
   SafeArray never(VarType::kString), kept(VarType::kString, {{0, 1}, {0, 0}});
   EXPECT_FALSE(fs_->DirScan(Path("none"), never, kept, true));
   EXPECT_EQ(Rows(never), none) << "a table never dimensioned becomes empty";
   EXPECT_EQ(Rows(kept), Names{"|"}) << "a table with a row is kept";
   SafeArray list = SafeArray::FromStrings({u"x"});
-  EXPECT_EQ(Run([&] { return fs_->DirScan(Path("one"), list, files, true); }),
-            std::to_string(xcZKERR_FS_DIRSCAN) +
-                " DirScan: Subscript out of range|DirFullName = '~/one'")
+  EXPECT_EQ(Run([&] { return fs_->DirScan(Path("two"), list, files, true); }),
+            std::to_string(xcZKERR_FS_DIRSCAN) + " DirScan: Subscript out of range|DirFullName = '~/two'")
       << "a one-dimensional table has no row bound to continue from";
 }
 
