@@ -105,11 +105,8 @@ TEST_F(FileAndFolderOps, KillRenameAndMakeDoExactlyWhatIsNamedOrRaiseAndChangeNo
       {"a folder holding the current one", kDirKill, u"..", "", "Permission denied"},
       {"a file system mounted inside", kDirKill, Path("mounted"), "", mounted ? "Permission denied" : ""},
   };
-  const struct {
-    const char* name;
-    int32_t code;
-    const char *first, *second;
-  } ops[] = {{"FileKill", xcZKERR_FS_FILEKILL, "FileFullName", nullptr},
+  // Each operation's name, code and argument labels, in the order of Op.
+  const struct { const char* name; int32_t code; const char *first, *second; } ops[] = {{"FileKill", xcZKERR_FS_FILEKILL, "FileFullName", nullptr},
              {"FileRename", xcZKERR_FS_FILERENAME, "FileFullName", "FileShortNameNew"},
              {"DirsMake", xcZKERR_FS_DIRSMAKE, "DirFullPath", nullptr},
              {"DirRename", xcZKERR_FS_DIRRENAME, "DirFullName", "DirShortNameNew"},
