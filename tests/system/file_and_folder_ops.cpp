@@ -62,13 +62,9 @@ TEST_F(FileAndFolderOps, KillRenameAndMakeDoExactlyWhatIsNamedOrRaiseAndChangeNo
   const bool mounted = MountSmallDisk("mounted/disk", "64k");
   const std::string cwd = std::filesystem::current_path();
   std::filesystem::current_path(Native("here/in"));
-  const struct {
-    const char* what;
-    Op op;
-    String path;
-    std::string second;   // the new name of a rename; "unforced" for a kill that is not
-    std::string outcome;  // "True", "False" or the description the error wraps
-  } rows[] = {
+  // (what, operation, path, the new name of a rename or "unforced" for a kill that is not,
+  // "True", "False" or the description the error wraps)
+  const std::tuple<const char*, Op, String, std::string, std::string> rows[] = {
       {"a file is deleted", kFileKill, Path("a.txt"), "", "True"},
       {"read-only without force", kFileKill, Path("ro.txt"), "unforced", "Permission denied"},
       {"read-only by default", kFileKill, Path("ro.txt"), "", "True"},
@@ -111,26 +107,26 @@ TEST_F(FileAndFolderOps, KillRenameAndMakeDoExactlyWhatIsNamedOrRaiseAndChangeNo
              {"DirsMake", xcZKERR_FS_DIRSMAKE, "DirFullPath", nullptr},
              {"DirRename", xcZKERR_FS_DIRRENAME, "DirFullName", "DirShortNameNew"},
              {"DirKill", xcZKERR_FS_DIRKILL, "DirFullName", nullptr}};
-  for (const auto& r : rows) {
-    if (r.outcome.empty()) continue;
-    const auto& op = ops[r.op];
-    const bool force = r.second != "unforced";
+  for (const auto& [what, id, path, second, outcome] : rows) {
+    if (outcome.empty()) continue;
+    const auto& op = ops[id];
+    const bool force = second != "unforced";
     const std::string got = Run([&] {
-      switch (r.op) {
-        case kFileKill: return fs_->FileKill(r.path, force);
-        case kFileRename: return fs_->FileRename(r.path, FromUtf8(r.second));
-        case kDirsMake: return fs_->DirsMake(r.path);
-        case kDirRename: return fs_->DirRename(r.path, FromUtf8(r.second));
-        case kDirKill: return fs_->DirKill(r.path, force);
+      switch (id) {
+        case kFileKill: return fs_->FileKill(path, force);
+        case kFileRename: return fs_->FileRename(path, FromUtf8(second));
+        case kDirsMake: return fs_->DirsMake(path);
+        case kDirRename: return fs_->DirRename(path, FromUtf8(second));
+        case kDirKill: return fs_->DirKill(path, force);
       }
       return false;
     });
-    std::string path = U8(r.path);
-    if (path.starts_with(Native())) path.replace(0, Native().size(), "~");
-    const std::string raised = std::to_string(op.code) + " " + op.name + ": " + r.outcome + "|" +
-                               op.first + " = '" + path + "'" +
-                               (op.second ? std::string("|") + op.second + " = '" + r.second + "'" : "");
-    EXPECT_EQ(got, r.outcome == "True" || r.outcome == "False" ? r.outcome : raised) << op.name << ": " << r.what;
+    std::string shown = U8(path);
+    if (shown.starts_with(Native())) shown.replace(0, Native().size(), "~");
+    const std::string raised = std::to_string(op.code) + " " + op.name + ": " + outcome + "|" + op.first +
+                               " = '" + shown + "'" +
+                               (op.second ? std::string("|") + op.second + " = '" + second + "'" : "");
+    EXPECT_EQ(got, outcome == "True" || outcome == "False" ? outcome : raised) << op.name << ": " << what;
   }
   // The drive of a relative path, or a letter, is missing: raised in the interface language.
   const std::string drive = std::to_string(xcZKERR_FS_DIRSMAKE) + " DirsMake: ";
@@ -162,9 +158,7 @@ TEST_F(FileAndFolderOps, DirKillOfATreeTheUserCannotEmptyDeletesNothing) {
   if (InTestChild()) {
     const std::string refused = std::to_string(xcZKERR_FS_DIRKILL) + " DirKill: Permission denied";
     for (bool force : {false, true}) {
-      EXPECT_EQ(Run([&] { return fs_->DirKill(FromUtf8(std::getenv("TSRT_TREE")), force); })
-                    .substr(0, refused.size()),
-                refused);
+      EXPECT_TRUE(Run([&] { return fs_->DirKill(FromUtf8(std::getenv("TSRT_TREE")), force); }).starts_with(refused));
     }
     return;
   }

@@ -24,25 +24,22 @@ class FileRoutes : public FsTest {
   struct Writer {
     std::string name;
     std::string content;  // what the file holds after it wrote
-    std::function<std::string()> write;  // "True", "False" or the error raised
+    std::function<bool()> write;
   };
   // The writers a host has, each with its own content for the INI text "k=0".
   std::vector<Writer> Writers(const String& path) {
     std::string empty_tree;
     for (char c : std::string("000000009000000009000000009")) empty_tree += {c, '\0'};
-    const auto said = [](bool ok) { return std::string(ok ? "True" : "False"); };
     return {
-        {"Save", empty_tree, [=] { return said(New<clsZKStorage>()->Save(path)); }},
-        {"StringWrite", "k=1", [=, this] { return said(fs_->StringWrite(u"k=1", path)); }},
+        {"Save", empty_tree, [=] { return New<clsZKStorage>()->Save(path); }},
+        {"StringWrite", "k=1", [=, this] { return fs_->StringWrite(u"k=1", path); }},
         {"PutData", "k=2",
-         [=, this] {
-           return Run([&] {
-             auto ini = New<clsZKIniFile>();
-             ini->LetFullName(path);
-             return ini->PutData(u"k", u"2");
-           });
+         [=] {
+           const auto ini = New<clsZKIniFile>();
+           ini->LetFullName(path);
+           return ini->PutData(u"k", u"2");
          }},
-        {"BinaryWrite", "k=3", [=, this] { return said(fs_->BinaryWrite(path, ByteArray("k=3"))); }},
+        {"BinaryWrite", "k=3", [=, this] { return fs_->BinaryWrite(path, ByteArray("k=3")); }},
     };
   }
 };
@@ -54,7 +51,7 @@ TEST_F(FileRoutes, DevicesAndPipesAreWrittenIntoNeverReplacedNorWaitedOn) {
   ::alarm(30);  // a write that waits for a reader ends the program here
   ASSERT_EQ(::mkfifo(Native("fifo").c_str(), 0666), 0);
   for (const Writer& w : Writers(Path("fifo"))) {
-    EXPECT_EQ(w.write().substr(0, 5), w.name == "PutData" ? "-2147" : "False") << w.name;
+    EXPECT_EQ(Run(w.write).substr(0, 5), w.name == "PutData" ? "-2147" : "False") << w.name;
   }
   EXPECT_FALSE(fs_->StringWrite(u"x", Path("fifo"), xcZK_FILEWRITE_APPEND)) << "append, no reader";
   const int reader = ::open(Native("fifo").c_str(), O_RDONLY | O_NONBLOCK);
@@ -119,7 +116,7 @@ TEST_F(SharedFiles, ReplacingKeepsOwnerGroupLinksAndWorksWhereTheInterfaceDoes) 
         const bool may = !child || c.user_may_write;
         std::string expected = "k=0";
         for (const Writer& w : Writers(FromUtf8(folder + "/" + c.file))) {
-          const std::string outcome = w.write();
+          const std::string outcome = Run(w.write);
           EXPECT_EQ(outcome.substr(0, 5), may ? "True" : w.name == "PutData" ? "-2147" : "False")
               << c.what << ", " << w.name << ": " << outcome;
           if (may) expected = w.content;
