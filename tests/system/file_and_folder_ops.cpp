@@ -54,10 +54,10 @@ TEST_F(FileAndFolderOps, KillRenameAndMakeDoExactlyWhatIsNamedOrRaiseAndChangeNo
   Put("ro.txt", "x", 0444);
   Put("tree/sub/deeper/ro.txt", "", 0444);
   ::chmod(Native("tree/sub").c_str(), 0555);
-  Link("tree/sub/to-target", Native("target.txt"));
-  Link("tree/to-kept", Native("kept"));
-  Link("link", Native("target.txt"));
-  Link("to-kept", Native("kept"));
+  for (const auto& [link, target] : {std::pair{"tree/sub/to-target", "target.txt"}, {"tree/to-kept", "kept"},
+                                     {"link", "target.txt"}, {"to-kept", "kept"}}) {
+    Link(link, Native(target));
+  }
   for (const char* folder : {"folder", "old", "other"}) MakeFolder(folder);
   const bool mounted = MountSmallDisk("mounted/disk", "64k");
   const std::string cwd = std::filesystem::current_path();
