@@ -60,7 +60,6 @@ TEST_F(FileAndFolderOps, KillRenameAndMakeDoExactlyWhatIsNamedOrRaiseAndChangeNo
   }
   for (const char* folder : {"folder", "old", "other"}) MakeFolder(folder);
   const bool mounted = MountSmallDisk("mounted/disk", "64k");
-  const std::string cwd = std::filesystem::current_path();
   std::filesystem::current_path(Native("here/in"));
   // (what, operation, path, the new name of a rename or "unforced" for a kill that is not,
   // "True", "False" or the description the error wraps)
@@ -138,7 +137,6 @@ TEST_F(FileAndFolderOps, KillRenameAndMakeDoExactlyWhatIsNamedOrRaiseAndChangeNo
   }
   SetInterfaceLanguage(xcZKLANG_RUS);
   EXPECT_EQ(Listing("here/in"), Names{"a"}) << "in use, and nothing made under a missing drive";
-  std::filesystem::current_path(cwd);
   EXPECT_EQ(Listing(), (Names{"a", "b.txt", "c.txt", "folder", "here", "kept", "mounted", "other", "par2",
                               "target.txt", "x", "Новая", "Новая папка", "Новое имя.txt"}));
   EXPECT_EQ(Get("c.txt") + Get("target.txt"), "c.txttarget.txt") << "nothing overwritten nor followed";

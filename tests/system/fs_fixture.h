@@ -32,7 +32,9 @@ class FsTest : public ::testing::Test {
     if (!::mkdtemp(pattern.data())) ADD_FAILURE() << "no scratch folder";
     root_ = pattern;
   }
+  // Tests may change the current folder; it is put back.
   ~FsTest() override {
+    std::filesystem::current_path(cwd_);
     for (const std::string& folder : mounts_) ::umount2(folder.c_str(), MNT_DETACH);
     std::filesystem::remove_all(root_);
   }
@@ -116,6 +118,7 @@ class FsTest : public ::testing::Test {
  private:
   std::string root_;
   std::vector<std::string> mounts_;
+  std::filesystem::path cwd_ = std::filesystem::current_path();
 };
 
 }  // namespace tsruntime::testing

@@ -6,11 +6,7 @@
 namespace tsruntime::testing {
 namespace {
 
-class Queries : public FsTest {
- protected:
-  ~Queries() override { std::filesystem::current_path(cwd_); }
-  std::filesystem::path cwd_ = std::filesystem::current_path();
-};
+using Queries = FsTest;
 
 TEST_F(Queries, GetSysFolderNameEndsInExactlyOneSeparator) {
   const char* old = std::getenv("TMPDIR");
