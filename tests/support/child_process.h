@@ -36,23 +36,6 @@ inline bool CanRunAsOrdinaryUser() {
   return geteuid() == 0 && (access("/usr/bin/setpriv", X_OK) == 0 || access("/bin/setpriv", X_OK) == 0);
 }
 
-namespace detail {
-
-inline std::string ReadAll(int fd) {
-  std::string out;
-  char buf[4096];
-  for (ssize_t n; (n = read(fd, buf, sizeof buf)) > 0;) out.append(buf, static_cast<size_t>(n));
-  return out;
-}
-
-inline std::string SelfPath() {
-  char path[4096];
-  const ssize_t n = readlink("/proc/self/exe", path, sizeof path - 1);
-  return n > 0 ? std::string(path, static_cast<size_t>(n)) : std::string();
-}
-
-}  // namespace detail
-
 // Runs `argv` (argv[0] a path, or a name looked up in PATH) to its end with `env` applied,
 // as `uid` when given (through setpriv, every group and capability dropped), with standard
 // input from /dev/null.
@@ -65,19 +48,16 @@ inline ChildResult RunProgram(std::vector<std::string> argv, const EnvChanges& e
   }
   std::vector<std::string> entries;
   for (char** e = environ; *e; ++e) {
-    const std::string entry = *e;
-    if (!env.count(entry.substr(0, entry.find('=')))) entries.push_back(entry);
+    if (!env.count(std::string(*e).substr(0, std::string(*e).find('=')))) entries.push_back(*e);
   }
   for (const auto& [name, value] : env) {
     if (value) entries.push_back(name + "=" + *value);
   }
-  std::vector<char*> envp;
+  std::vector<char*> envp, args;
   for (std::string& entry : entries) envp.push_back(entry.data());
-  envp.push_back(nullptr);
-  std::vector<char*> args;
   for (std::string& a : argv) args.push_back(a.data());
+  envp.push_back(nullptr);
   args.push_back(nullptr);
-
   int out[2];
   if (pipe(out) != 0) return {};
   const pid_t pid = fork();
@@ -87,13 +67,13 @@ inline ChildResult RunProgram(std::vector<std::string> argv, const EnvChanges& e
     close(out[0]);
     close(out[1]);
     environ = envp.data();
-    if (freopen("/dev/null", "r", stdin) == nullptr) _exit(126);
-    execvp(args[0], args.data());
+    if (freopen("/dev/null", "r", stdin) != nullptr) execvp(args[0], args.data());
     _exit(127);
   }
   close(out[1]);
   ChildResult result;
-  result.output = detail::ReadAll(out[0]);
+  char buf[4096];
+  for (ssize_t n; (n = read(out[0], buf, sizeof buf)) > 0;) result.output.append(buf, size_t(n));
   close(out[0]);
   int status = 0;
   waitpid(pid, &status, 0);
@@ -112,7 +92,9 @@ inline bool InTestChild() {
 inline ChildResult RunTestInChild(const std::string& test, EnvChanges env = {},
                                   std::optional<uid_t> uid = std::nullopt) {
   env["TSRUNTIME_TEST_CHILD"] = "1";
-  return RunProgram({detail::SelfPath(), "--gtest_filter=" + test}, env, uid);
+  char self[4096];
+  const ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
+  return RunProgram({std::string(self, n > 0 ? size_t(n) : 0), "--gtest_filter=" + test}, env, uid);
 }
 
 }  // namespace tsruntime::testing

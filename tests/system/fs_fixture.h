@@ -13,14 +13,17 @@
 #include <string>
 #include <vector>
 
+#include "support/child_process.h"
 #include "support/outcome.h"
 #include "tsruntime/clsZKFileSystem.h"
 
 namespace tsruntime::testing {
 
 using Bytes = std::vector<uint8_t>;
+using Names = std::vector<std::string>;
 inline std::string Text(const Bytes& bytes) { return std::string(bytes.begin(), bytes.end()); }
 inline Bytes ToBytes(const std::string& text) { return Bytes(text.begin(), text.end()); }
+inline SafeArray ByteArray(const std::string& text) { return SafeArray::FromBytes(ToBytes(text)); }
 
 class FsTest : public ::testing::Test {
  protected:
@@ -29,7 +32,12 @@ class FsTest : public ::testing::Test {
     if (!::mkdtemp(pattern.data())) ADD_FAILURE() << "no scratch folder";
     root_ = pattern;
   }
-  ~FsTest() override { std::filesystem::remove_all(root_); }
+  // Tests may change the current folder; it is put back.
+  ~FsTest() override {
+    std::filesystem::current_path(cwd_);
+    for (const std::string& folder : mounts_) ::umount2(folder.c_str(), MNT_DETACH);
+    std::filesystem::remove_all(root_);
+  }
 
   // A path in the scratch folder, in the kernel's form and as a String.
   std::string Native(const std::string& relative = "") const {
@@ -52,17 +60,17 @@ class FsTest : public ::testing::Test {
     std::ifstream in(Native(relative), std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), {});
   }
-  bool Exists(const std::string& relative) const {
-    struct stat info;
-    return ::lstat(Native(relative).c_str(), &info) == 0;
+  // The entry itself, not what a link names; all zero when there is none.
+  struct stat Info(const std::string& relative) const {
+    struct stat info {};
+    ::lstat(Native(relative).c_str(), &info);
+    return info;
   }
-  mode_t Mode(const std::string& relative) const {
-    struct stat info;
-    return ::stat(Native(relative).c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
-  }
+  bool Exists(const std::string& relative) const { return Info(relative).st_nlink > 0; }
+  mode_t Mode(const std::string& relative) const { return Info(relative).st_mode & 07777; }
   // Names in a folder of the scratch folder: sorted, or in the kernel's listing order.
-  std::vector<std::string> Listing(const std::string& relative = "", bool sorted = true) const {
-    std::vector<std::string> names;
+  Names Listing(const std::string& relative = "", bool sorted = true) const {
+    Names names;
     for (const auto& e : std::filesystem::directory_iterator(Native(relative))) {
       names.push_back(e.path().filename().string());
     }
@@ -79,40 +87,38 @@ class FsTest : public ::testing::Test {
     } catch (const Error& e) {
       std::string text = std::to_string(e.number()) + " " + U8(e.source()) + ": " +
                          U8(e.description()) + (e.helpFile().empty() ? "" : " with help");
-      const auto replace = [&](const std::string& from, const std::string& to) {
-        for (size_t at; (at = text.find(from)) != std::string::npos;) {
-          text.replace(at, from.size(), to);
-        }
-      };
-      replace("ZKRuntimeLib.clsZKFileSystem.", "");
-      replace("\r\n", "|");
-      replace(root_, "~");
+      for (const auto& [from, to] : {std::pair<std::string, std::string>{"ZKRuntimeLib.clsZKFileSystem.", ""},
+                                     {"\r\n", "|"}, {root_, "~"}}) {
+        for (size_t at; (at = text.find(from)) != std::string::npos;) text.replace(at, from.size(), to);
+      }
       return text;
     }
+  }
+
+  // Runs the current test again as the throwaway user, with `env`; it must pass there.
+  static void PassAsOrdinaryUser(const EnvChanges& env) {
+    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    const ChildResult child = RunTestInChild(std::string(test->test_suite_name()) + "." + test->name(),
+                                             env, ThrowawayUid());
+    EXPECT_EQ(child.exit_code, 0) << child.output;
+    EXPECT_NE(child.output.find("[  PASSED  ] 1 test"), std::string::npos) << child.output;
+  }
+
+  // A small file system of its own at `relative`, unmounted when the test ends; false
+  // where the process may not mount one.
+  bool MountSmallDisk(const std::string& relative, const char* size) {
+    MakeFolder(relative);
+    if (::mount("tmpfs", Native(relative).c_str(), "tmpfs", 0, (std::string("size=") + size).c_str())) return false;
+    mounts_.push_back(Native(relative));
+    return true;
   }
 
   Ref<clsZKFileSystem> fs_ = New<clsZKFileSystem>();
 
  private:
   std::string root_;
-};
-
-// A small file system of its own for a test, unmounted when the test ends; nothing where
-// the process may not mount one.
-class SmallDisk {
- public:
-  SmallDisk(const std::string& folder, const char* size) : folder_(folder) {
-    std::filesystem::create_directories(folder);
-    mounted_ = ::mount("tmpfs", folder.c_str(), "tmpfs", 0, (std::string("size=") + size).c_str()) == 0;
-  }
-  ~SmallDisk() {
-    if (mounted_) ::umount2(folder_.c_str(), MNT_DETACH);
-  }
-  bool mounted() const { return mounted_; }
-
- private:
-  std::string folder_;
-  bool mounted_ = false;
+  std::vector<std::string> mounts_;
+  std::filesystem::path cwd_ = std::filesystem::current_path();
 };
 
 }  // namespace tsruntime::testing

@@ -1,6 +1,4 @@
 // Disk sizes, system folders and NormalizePath: answers that never raise.
-#include <sys/statvfs.h>
-
 #include <cstdlib>
 
 #include "system/fs_fixture.h"
@@ -8,21 +6,13 @@
 namespace tsruntime::testing {
 namespace {
 
-class Queries : public FsTest {
- protected:
-  ~Queries() override {
-    if (!cwd_.empty()) std::filesystem::current_path(cwd_);
-  }
-  std::filesystem::path cwd_ = std::filesystem::current_path();
-};
+using Queries = FsTest;
 
 TEST_F(Queries, GetSysFolderNameEndsInExactlyOneSeparator) {
-  const struct {
-    const char* what;
-    int32_t type;
-    const char* tmpdir;
-    std::string folder;
-  } rows[] = {
+  const char* old = std::getenv("TMPDIR");
+  const std::string kept = old ? old : "";
+  // (what, type, TMPDIR or nullptr for none, the folder)
+  const std::tuple<const char*, int32_t, const char*, std::string> rows[] = {
       {"the Windows folder stands for system-wide settings", 0, nullptr, "/etc/"},
       {"the system folder for system libraries", 1, nullptr, "/usr/lib/"},
       {"the temporary folder without TMPDIR", 2, nullptr, "/tmp/"},
@@ -31,60 +21,48 @@ TEST_F(Queries, GetSysFolderNameEndsInExactlyOneSeparator) {
       {"TMPDIR passes through the ANSI code page", 2, "/tmp/漢", "/tmp/?/"},
       {"an unknown type", 3, nullptr, ""},
   };
-  const char* old = std::getenv("TMPDIR");
-  const std::string kept = old ? old : "";
-  for (const auto& r : rows) {
-    r.tmpdir ? ::setenv("TMPDIR", r.tmpdir, 1) : ::unsetenv("TMPDIR");
-    EXPECT_EQ(U8(fs_->GetSysFolderName(static_cast<xeZK_GETSYSFOLDER>(r.type))), r.folder)
-        << r.what;
+  for (const auto& [what, type, tmpdir, folder] : rows) {
+    tmpdir ? ::setenv("TMPDIR", tmpdir, 1) : ::unsetenv("TMPDIR");
+    EXPECT_EQ(U8(fs_->GetSysFolderName(static_cast<xeZK_GETSYSFOLDER>(type))), folder) << what;
   }
   old ? ::setenv("TMPDIR", kept.c_str(), 1) : ::unsetenv("TMPDIR");
 }
 
-// The expected answer from the kernel's own figures, with the 2 GiB limit applied.
-int32_t Limited(uint64_t bytes) { return bytes < (uint64_t{1} << 31) ? int32_t(bytes) : -1; }
-
+// The count of bytes in 32 bits: 2 GiB or more, or a path that cannot be examined, is -1.
 TEST_F(Queries, DiskSpaceIsThe32BitCountOrMinusOne) {
-  for (const std::string& disk : {std::string("/"), Native(), std::string("/dev/shm"),
-                                  std::string("/run"), std::string("/dev")}) {
-    struct statvfs info;
-    if (::statvfs(disk.c_str(), &info) != 0) continue;
-    EXPECT_EQ(fs_->GetDiskSpaceAll(FromUtf8(disk)), Limited(uint64_t{info.f_frsize} * info.f_blocks))
-        << disk;
-    EXPECT_EQ(fs_->GetDiskSpaceFree(FromUtf8(disk)),
-              Limited(uint64_t{info.f_frsize} * info.f_bavail))
-        << disk;
+  if (!MountSmallDisk("small", "1m") || !MountSmallDisk("large", "3g")) GTEST_SKIP() << "no mounts here";
+  Put("small/half", std::string(1 << 19, 'x'));
+  // (disk, all, free)
+  const std::tuple<String, int32_t, int32_t> rows[] = {
+      {Path("small"), 1 << 20, 1 << 19}, {Path("small/half"), 1 << 20, 1 << 19},
+      {Path("large"), -1, -1},           {Path("none"), -1, -1},
+      {u"", -1, -1}};
+  for (const auto& [disk, all, free] : rows) {
+    EXPECT_EQ(fs_->GetDiskSpaceAll(disk), all) << U8(disk);
+    EXPECT_EQ(fs_->GetDiskSpaceFree(disk), free) << U8(disk);
   }
-  EXPECT_EQ(fs_->GetDiskSpaceAll(Path("none")), -1) << "a path that is not there";
-  EXPECT_EQ(fs_->GetDiskSpaceFree(u""), -1) << "no path at all";
 }
 
+// Every row leaves the base folder current, whether it was entered now or before.
 TEST_F(Queries, NormalizePathResolvesAgainstABaseFolderItLeavesCurrent) {
   MakeFolder("base/sub");
   const std::string base = Native("base");
-  const struct {
-    const char* what;
-    String expression;
-    bool folder;
-    String base_folder;
-    std::string result;
-    std::string cwd_after;
-  } rows[] = {
-      {"a relative name against the base", u"x.txt", false, Path("base"), base + "/x.txt", base},
-      {"'..' and '.' are resolved", u"./sub/../../y", false, Path("base"), Native("y"), base},
-      {"an empty base keeps the current folder", u"sub", false, u"", base + "/sub", base},
-      {"a folder gets one separator", u"sub//", true, Path("base/sub/.."), base + "/sub/",
-       base},
+  // (what, expression, is a folder, base folder, result)
+  const std::tuple<const char*, String, bool, String, std::string> rows[] = {
+      {"a relative name against the base", u"x.txt", false, Path("base"), base + "/x.txt"},
+      {"'..' and '.' are resolved", u"./sub/../../y", false, Path("base"), Native("y")},
+      {"an empty base keeps the current folder", u"sub", false, u"", base + "/sub"},
+      {"a folder gets one separator", u"sub//", true, Path("base/sub/.."), base + "/sub/"},
       {"an absolute name ignores the base but the base is entered", Path("a/./b/"), false,
-       Path("base"), Native("a/b"), base},
-      {"the root as a folder gets its separator all the same", u"/", true, u"", "//", base},
-      {"a base that cannot be entered is ignored", u"z", false, Path("none"), base + "/z", base},
-      {"nothing at all is the current folder", u"", false, u"", base, base},
-      {"a name holding NUL gives nothing", String(u"a\0b", 3), false, u"", "", base},
+       Path("base"), Native("a/b")},
+      {"the root as a folder gets its separator all the same", u"/", true, u"", "//"},
+      {"a base that cannot be entered is ignored", u"z", false, Path("none"), base + "/z"},
+      {"nothing at all is the current folder", u"", false, u"", base},
+      {"a name holding NUL gives nothing", String(u"a\0b", 3), false, u"", ""},
   };
-  for (const auto& r : rows) {
-    EXPECT_EQ(U8(fs_->NormalizePath(r.expression, r.folder, r.base_folder)), r.result) << r.what;
-    EXPECT_EQ(std::filesystem::current_path().string(), r.cwd_after) << r.what;
+  for (const auto& [what, expression, folder, base_folder, result] : rows) {
+    EXPECT_EQ(U8(fs_->NormalizePath(expression, folder, base_folder)), result) << what;
+    EXPECT_EQ(std::filesystem::current_path().string(), base) << what;
   }
 }
 

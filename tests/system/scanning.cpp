@@ -6,99 +6,69 @@
 namespace tsruntime::testing {
 namespace {
 
-class Scanning : public FsTest {
- protected:
-  // What DirScan should list of a folder: its kernel listing without the leading run of
-  // dot-names, as "name|full path" rows of folders (`folders`) or of the rest.
-  std::vector<std::string> Expected(const std::string& folder, bool folders) const {
-    std::vector<std::string> rows;
-    bool leading = true;
-    for (const std::string& name : Listing(folder, false)) {
-      if (leading && name[0] == '.') continue;
-      leading = false;
-      if (std::filesystem::is_directory(Native(folder + "/" + name)) == folders) {
-        rows.push_back(name + "|" + Native(folder + "/" + name));
-      }
-    }
-    return rows.empty() ? std::vector<std::string>{"-1 to -1"} : rows;
-  }
-};
+using Scanning = FsTest;
 
 // A (column, row) table as "name|path" rows, or "-1 to -1".
-std::vector<std::string> Rows(const SafeArray& table) {
+Names Rows(const SafeArray& table) {
   EXPECT_EQ(table.bounds().front().upper, 1) << "two columns";
   if (table.ubound(2) == -1) return {std::to_string(table.lbound(2)) + " to -1"};
-  std::vector<std::string> rows;
+  Names rows;
   for (int32_t row = table.lbound(2); row <= table.ubound(2); ++row) {
     rows.push_back(U8(ToString(table.get(0, row))) + "|" + U8(ToString(table.get(1, row))));
   }
   return rows;
 }
 
-TEST_F(Scanning, DirScanListsFoldersAndFilesInListingOrderAfterTheLeadingDotNames) {
+// Folders and files in the kernel's listing order after its leading run of dot-names, links
+// to folders among the folders; the tables start anew or, when asked, grow.
+TEST_F(Scanning, DirScanListsInListingOrderAfterTheLeadingDotNamesAndGrowsTheTables) {
   Put("d/Файл один.txt", "");
   MakeFolder("d/Папка");
   MakeFolder("other");
   Link("d/to-other", Native("other"));
   Link("d/to-file", Native("d/Файл один.txt"));
   Link("d/dangling", Native("none"));
+  Put("two/b.txt", "");
+  MakeFolder("empty");
   // Dot-names and plain names until a dot-name is listed after a plain one, so that
   // both halves of the rule are seen.
   for (int i = 0; i < 64; ++i) {
     Put("d/.dot" + std::to_string(i), "");
     Put("d/plain" + std::to_string(i), "");
-    const auto order = Listing("d", false);
+    const Names order = Listing("d", false);
     const auto plain = std::find_if(order.begin(), order.end(), [](auto& n) { return n[0] != '.'; });
-    if (plain != order.begin() &&
-        std::any_of(plain, order.end(), [](auto& n) { return n[0] == '.'; })) {
-      break;
-    }
+    if (plain != order.begin() && std::any_of(plain, order.end(), [](auto& n) { return n[0] == '.'; })) break;
   }
-  SafeArray dirs(VarType::kString), files(VarType::kString);
-  for (const String& path : {Path("d"), Path("d///")}) {
-    ASSERT_TRUE(fs_->DirScan(path, dirs, files));
-    EXPECT_EQ(Rows(dirs), Expected("d", true)) << "links to folders among the folders";
-    EXPECT_EQ(Rows(files), Expected("d", false)) << "links to files and dangling links";
-    EXPECT_EQ(dirs.elementType(), VarType::kString);
+  Names d_dirs, d_files;
+  for (const std::string& name : Listing("d", false)) {
+    if (name[0] == '.' && d_dirs.empty() && d_files.empty()) continue;
+    const std::string path = Native("d/" + name);
+    (std::filesystem::is_directory(path) ? d_dirs : d_files).push_back(name + "|" + path);
   }
-}
-
-TEST_F(Scanning, DirScanTablesStartAnewOrGrow) {
-  Put("one/a.txt", "");
-  MakeFolder("one/sub");
-  Put("two/b.txt", "");
-  MakeFolder("empty");
-  const std::vector<std::string> none{"-1 to -1"}, sub{"sub|" + Native("one/sub")},
-      a{"a.txt|" + Native("one/a.txt")}, b{"b.txt|" + Native("two/b.txt")},
-      ab{a[0], b[0]};
+  const Names none{"-1 to -1"}, b{"b.txt|" + Native("two/b.txt")};
+  Names d_files_b = d_files;
+  d_files_b.push_back(b[0]);
   SafeArray dirs(VarType::kString), files(VarType::kString);
-  const struct {
-    const char* what;
-    std::string folder;
-    bool add, result;
-    std::vector<std::string> dirs, files;
-  } rows[] = {
+  // (what, folder, AddToArrays, result, folders then, files then)
+  const std::tuple<const char*, std::string, bool, bool, Names, Names> rows[] = {
       {"an empty folder gives two empty tables", "empty", false, true, none, none},
-      {"appending to empty tables starts at row 0", "one", true, true, sub, a},
-      {"appending again goes after the rows there", "two", true, true, sub, ab},
-      {"a missing folder while appending keeps the tables", "none", true, false, sub, ab},
-      {"an empty folder while appending adds nothing", "empty", true, true, sub, ab},
+      {"appending to empty tables starts at row 0", "d", true, true, d_dirs, d_files},
+      {"appending again goes after the rows there", "two", true, true, d_dirs, d_files_b},
+      {"a missing folder while appending keeps the tables", "none", true, false, d_dirs, d_files_b},
+      {"an empty folder while appending adds nothing", "empty", true, true, d_dirs, d_files_b},
       {"without appending the tables start anew", "two", false, true, none, b},
+      {"trailing slashes", "d///", false, true, d_dirs, d_files},
       {"a missing folder empties both tables", "none", false, false, none, none},
   };
-  for (const auto& r : rows) {
-    EXPECT_EQ(fs_->DirScan(Path(r.folder), dirs, files, r.add), r.result) << r.what;
-    EXPECT_EQ(Rows(dirs), r.dirs) << r.what;
-    EXPECT_EQ(Rows(files), r.files) << r.what;
+  for (const auto& [what, folder, add, result, dirs_then, files_then] : rows) {
+    EXPECT_EQ(fs_->DirScan(Path(folder), dirs, files, add), result) << what;
+    EXPECT_EQ(Rows(dirs), dirs_then) << what;
+    EXPECT_EQ(Rows(files), files_then) << what;
+    EXPECT_EQ(files.elementType(), VarType::kString) << what;
   }
-  SafeArray never(VarType::kString), kept(VarType::kString, {{0, 1}, {0, 0}});
-  EXPECT_FALSE(fs_->DirScan(Path("none"), never, kept, true));
-  EXPECT_EQ(Rows(never), none) << "a table never dimensioned becomes empty";
-  EXPECT_EQ(Rows(kept), std::vector<std::string>{"|"}) << "a table with a row is kept";
   SafeArray list = SafeArray::FromStrings({u"x"});
-  EXPECT_EQ(Run([&] { return fs_->DirScan(Path("one"), list, files, true); }),
-            std::to_string(xcZKERR_FS_DIRSCAN) +
-                " DirScan: Subscript out of range|DirFullName = '~/one'")
+  EXPECT_EQ(Run([&] { return fs_->DirScan(Path("two"), list, files, true); }),
+            std::to_string(xcZKERR_FS_DIRSCAN) + " DirScan: Subscript out of range|DirFullName = '~/two'")
       << "a one-dimensional table has no row bound to continue from";
 }
 
@@ -110,35 +80,28 @@ TEST_F(Scanning, DirScanFilesAddsEveryFilePathFolderFilesFirst) {
   MakeFolder("t/empty");
   Link("t/loop", Native("t"));
   Link("t/to-file", Native("t/a.txt"));
-  std::vector<std::string> expected;  // a folder's files in listing order, then its subfolders'
+  Names expected;  // a folder's files in listing order, then its subfolders', links not followed
   std::function<void(const std::string&)> walk = [&](const std::string& folder) {
-    std::vector<std::string> subfolders;
+    Names subfolders;
     for (const std::string& name : Listing(folder, false)) {
-      const std::filesystem::path path = Native(folder + "/" + name);
-      if (!std::filesystem::is_directory(path)) expected.push_back(path.string());
-      if (std::filesystem::is_directory(path) && !std::filesystem::is_symlink(path)) {
-        subfolders.push_back(folder + "/" + name);
-      }
+      const std::string path = Native(folder + "/" + name);
+      if (!std::filesystem::is_directory(path)) expected.push_back(path);
+      else if (!std::filesystem::is_symlink(path)) subfolders.push_back(folder + "/" + name);
     }
     for (const auto& sub : subfolders) walk(sub);
   };
   walk("t");
-  for (const String& root : {Path("t"), Path("t/"), Path("t/sub/..")}) {
+  std::filesystem::current_path(Native());
+  for (const String& root : {Path("t"), Path("t/"), Path("t/sub/.."), String(u"t")}) {
     auto found = New<clsZKDictionary>();
-    ASSERT_TRUE(fs_->DirScanFiles(root, found)) << U8(root);
-    std::vector<std::string> keys;
+    EXPECT_TRUE(fs_->DirScanFiles(root, found)) << U8(root);
+    Names keys;
     for (int32_t i = 0; i < found->Count(); ++i) {
       keys.push_back(U8(ToString(found->Key(Variant(i)))));
       EXPECT_EQ(found->Data(Variant(i)), found->Key(Variant(i))) << "data is the path too";
     }
-    EXPECT_EQ(keys, expected) << U8(root);
+    EXPECT_EQ(keys, expected) << U8(root) << ": absolute paths, a relative root's too";
   }
-  std::filesystem::current_path(Native());
-  auto relative = New<clsZKDictionary>();
-  ASSERT_TRUE(fs_->DirScanFiles(u"t/sub/deeper", relative));
-  std::filesystem::current_path("/");
-  EXPECT_EQ(U8(ToString(relative->Key(Variant(0)))), Native("t/sub/deeper/c.txt"))
-      << "a relative root gives absolute paths";
   EXPECT_FALSE(fs_->DirScanFiles(Path("t"), nullptr)) << "no dictionary";
   EXPECT_FALSE(fs_->DirScanFiles(Path("none"), New<clsZKDictionary>())) << "no folder";
   EXPECT_FALSE(fs_->DirScanFiles(Path("t/a.txt"), New<clsZKDictionary>())) << "a file";
