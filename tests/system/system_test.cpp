@@ -52,10 +52,8 @@ TEST(SystemInfo, NamesAreThePlatformsTextThroughTheAnsiCodePage) {
     EXPECT_EQ(child.exit_code, 0) << child.output;
     return;
   }
-  const struct {
-    const char* platform;
-    const char16_t* read;
-  } rows[] = {{"хост", u"хост"}, {"jürgen-PC", u"j?rgen-PC"}, {"Ёлка€", u"Ёлка€"}};  // 1251 has no ü
+  const struct { const char* platform; const char16_t* read; } rows[] = {
+      {"хост", u"хост"}, {"jürgen-PC", u"j?rgen-PC"}, {"Ёлка€", u"Ёлка€"}};  // 1251 has no ü
   char passwd[] = "/tmp/tsrt-passwd-XXXXXX";
   close(mkstemp(passwd));
   if (unshare(CLONE_NEWNS | CLONE_NEWUTS) != 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
@@ -77,11 +75,7 @@ TEST(SystemInfo, ObjectFromPtrTurnsAnAddressFromObjPtrIntoANewReference) {
   auto sys = New<clsZKSystem>();
   Ref<Object> target = New<clsZKRunTimeLib>();
   const double address = sys->ObjPtr(target);
-  const struct {
-    const char* what;
-    Variant address;
-    bool found;
-  } rows[] = {
+  const struct { const char* what; Variant address; bool found; } rows[] = {
       {"the Double ObjPtr gives", Variant(address), true},
       {"the address as a Currency", Variant(Currency::FromRaw(static_cast<int64_t>(address) * 10000)), true},
       {"the address as a Decimal", Variant(Decimal::FromInteger(static_cast<int64_t>(address))), true},
@@ -120,37 +114,28 @@ class SystemOnX : public ::testing::Test {
 
 // Every non-zero identifier asks for Russian, zero for English; late bound the identifier
 // defaults to English. The switch walks back through the groups until it finds the target.
+// Each step starts from group `from`, with `layouts` installed first when given, and calls
+// late bound without an argument when it has no identifier.
 TEST_F(SystemOnX, SetKeyboardLayoutSelectsRussianForEveryNonZeroIdentifier) {
-  const struct {
-    const char* what;
-    const char* layouts;  // installed before the step when not null
-    int start_group;
-    std::optional<int32_t> layout_id;  // none: late bound without an argument
-    bool late;
-    bool result;
-    int group_after;
-  } steps[] = {
-      {"English asks for Russian, which is one step back", "us,ru", 0, xcZKKBDL_ENGLISH, false, true, 1},
-      {"Russian when Russian is active stays", nullptr, 1, xcZKKBDL_RUSSIAN, false, true, 1},
-      {"zero asks for English", nullptr, 1, 0, false, true, 0},
-      {"zero when English is active stays", nullptr, 0, 0, false, true, 0},
-      {"any other number asks for Russian too", nullptr, 0, 7, false, true, 1},
-      {"late bound without an argument: English, so Russian", nullptr, 0, std::nullopt, true, true, 1},
-      {"late bound zero asks for English", nullptr, 1, 0, true, true, 0},
-      {"from the middle the walk goes back through the first to the last", "us,de,ru", 1, xcZKKBDL_RUSSIAN, false, true, 2},
-      {"zero from the last goes back two steps", nullptr, 2, 0, false, true, 0},
-      {"a ring without the target ends where it started", "us,de", 0, xcZKKBDL_RUSSIAN, false, false, 0},
-      {"one layout without the target fails after one step", "us", 0, xcZKKBDL_RUSSIAN, false, false, 0},
-      {"one layout that is the target succeeds", "ru", 0, xcZKKBDL_RUSSIAN, false, true, 0},
+  const struct { const char* what; const char* layouts; int from; std::optional<int32_t> id; bool result; int to; } steps[] = {
+      {"English asks for Russian, which is one step back", "us,ru", 0, xcZKKBDL_ENGLISH, true, 1},
+      {"Russian when Russian is active stays", nullptr, 1, xcZKKBDL_RUSSIAN, true, 1},
+      {"zero asks for English", nullptr, 1, 0, true, 0},
+      {"zero when English is active stays", nullptr, 0, 0, true, 0},
+      {"any other number asks for Russian too", nullptr, 0, 7, true, 1},
+      {"late bound without an argument: English, so Russian", nullptr, 0, std::nullopt, true, 1},
+      {"from the middle the walk goes back through the first to the last", "us,de,ru", 1, xcZKKBDL_RUSSIAN, true, 2},
+      {"zero from the last goes back two steps", nullptr, 2, 0, true, 0},
+      {"a ring without the target ends where it started", "us,de", 0, xcZKKBDL_RUSSIAN, false, 0},
+      {"one layout without the target fails after one step", "us", 0, xcZKKBDL_RUSSIAN, false, 0},
+      {"one layout that is the target succeeds", "ru", 0, xcZKKBDL_RUSSIAN, true, 0},
   };
   for (const auto& s : steps) {
-    ASSERT_TRUE(s.layouts ? x.SetLayouts(s.layouts, s.start_group) : x.LockGroup(s.start_group)) << s.what;
-    std::vector<Argument> args;
-    if (s.layout_id) args.push_back({u"LayoutID", Variant(*s.layout_id)});
-    EXPECT_EQ(s.late ? Invoke(*sys, u"SetKeyboardLayout", InvokeKind::kCall, args) == Variant(true)
-                     : sys->SetKeyboardLayout(*s.layout_id),
+    ASSERT_TRUE(s.layouts ? x.SetLayouts(s.layouts, s.from) : x.LockGroup(s.from)) << s.what;
+    std::vector<Argument> none;
+    EXPECT_EQ(s.id ? sys->SetKeyboardLayout(*s.id) : Invoke(*sys, u"SetKeyboardLayout", InvokeKind::kCall, none) == Variant(true),
               s.result) << s.what;
-    EXPECT_EQ(x.ActiveGroup(), s.group_after) << s.what;
+    EXPECT_EQ(x.ActiveGroup(), s.to) << s.what;
   }
 }
 

@@ -40,12 +40,8 @@ class RegistryFile : public testing::FsTest {
 };
 
 TEST_F(RegistryFile, SamplesOfEveryShapeImportToTheExpectedExportWhichImportsToItself) {
-  const struct {
-    const char* what;
-    std::vector<std::string> imports;  // in this order, into an empty store
-    std::string key;
-    std::string exported;
-  } cases[] = {
+  // Each row's files are imported in their order into an empty store.
+  const struct { const char* what; std::vector<std::string> imports; std::string key; std::string exported; } cases[] = {
       {"UTF-16 with a byte-order mark", {"every-shape.utf16.reg"}, "HKCU\\Software\\Tessaly", "every-shape.export.reg"},
       {"UTF-8 with a byte-order mark", {"every-shape.utf8.reg"}, "HKCU\\Software\\Tessaly", "every-shape.export.reg"},
       {"ANSI", {"every-shape.ansi.reg"}, "HKCU\\Software\\Tessaly", "every-shape.export.reg"},
@@ -93,11 +89,7 @@ TEST_F(RegistryFile, ExportsWhatTheClassWroteAndRefusesNamesNoLineCanHold) {
   reg->SetString(hkcu, u"Names\\Value", u"two\nlines", u"v");
   reg->CreateSubKey(hkcu, u"Names\\Key\\two\rlines\\below");
   const std::string refused = "Error 5 (ZKRuntimeLib): Invalid procedure call or argument: a name below ";
-  const struct {
-    const char* what;
-    std::string key;
-    std::string error;
-  } failures[] = {
+  const struct { const char* what; std::string key; std::string error; } failures[] = {
       {"a value name with a line break", "HKCU\\Names\\Value", refused + "HKEY_CURRENT_USER\\Names\\Value holds a line break"},
       {"a key name with a line break", "HKCU\\Names\\Key", refused + "HKEY_CURRENT_USER\\Names\\Key holds a line break"},
       {"a missing key", "HKCU\\Missing", "Error 76 (ZKRuntimeLib): Path not found: HKCU\\Missing"},
@@ -111,11 +103,8 @@ TEST_F(RegistryFile, ExportsWhatTheClassWroteAndRefusesNamesNoLineCanHold) {
 TEST_F(RegistryFile, BadFilesFailWithTheirLineNumberWithoutWritingAnything) {
   const std::u16string good = u"Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\X]\r\n\"A\"=dword:1\r\n";
   const std::string bad = "Error 5 (ZKRuntimeLib): Invalid procedure call or argument: line ";
-  const struct {
-    const char* what;
-    std::string file;  // "" for no file at all
-    std::string error;
-  } cases[] = {
+  // A file of "" is no file at all.
+  const struct { const char* what; std::string file; std::string error; } cases[] = {
       {"a missing file", "", "Error 53 (ZKRuntimeLib): File not found: " + Native("bad.reg")},
       {"a file without the header", Utf16File(u"[HKEY_CURRENT_USER\\X]\r\n"), bad + "1: not a registry export"},
       {"a value with a broken number", Utf16File(good + u"\"B\"=dword:zz\r\n"), bad + "5: hexadecimal digits expected"},
