@@ -23,10 +23,8 @@ struct Pair {
   std::vector<Variant> heard;
   std::mt19937 rng;
   int key_length, steps = 0;
-  std::string label;
 
-  Pair(uint32_t seed, int key_length)
-      : rng(seed), key_length(key_length), label("seed " + std::to_string(seed)) {
+  Pair(uint32_t seed, int key_length) : rng(seed), key_length(key_length) {
     d->OnChanged([this](const Variant& item) { heard.push_back(item); });
   }
 
@@ -43,8 +41,7 @@ struct Pair {
       case 1: return Variant(Below(n + 2) + 0.5);
       case 2: return Variant(Below(2) == 0);
       case 3: return Variant::Null();
-      case 4:
-      case 5: return Variant(int32_t{n > 0 ? Below(n) : 0});
+      case 4: case 5: return Variant(int32_t{n > 0 ? Below(n) : 0});
       case 6: return n > 0 ? Variant(ToUpper(m.list[Below(n)].key)) : Key();
       default: return Key();
     }
@@ -57,7 +54,7 @@ struct Pair {
   // One operation on both: 0-29 Add, 30-41 Remove, 42-53 Data let, 54-65 Key let,
   // 66-77 reads, 78-81 SortMode, 82-85 CompareMode, 99 Clear.
   void Step(int op) {
-    ++steps;
+    SCOPED_TRACE("step " + std::to_string(++steps) + ", operation " + std::to_string(op));
     const Variant item = op < 30 && Below(8) ? Key()  // Add mostly new keys, Remove mostly hits
                          : op < 42 && Below(2) ? Variant(int32_t{Below(m.Count() + 1)}) : Item();
     const Variant v = op >= 54 && Below(6) ? Key() : Variant(Below(1000));
@@ -67,33 +64,30 @@ struct Pair {
       d->Remove(item), m.Remove(item);
     } else if (op < 54) {
       ASSERT_EQ(ErrorNumberOf([&] { d->LetData(item, v); }),
-                ErrorNumberOf([&] { m.LetData(item, v); }))
-          << Where() << ": Data let";
+                ErrorNumberOf([&] { m.LetData(item, v); }));
     } else if (op < 66) {
       d->LetKey(item, v), m.LetKey(item, v);
     } else if (op < 78) {
-      ASSERT_EQ(d->Exists(item), m.Exists(item)) << Where() << ": Exists";
       const int i = m.Locate(item);
-      ASSERT_EQ(d->Data(item), i < 0 ? Variant::Nothing() : m.list[i].value)
-          << Where() << ": Data";
-      ASSERT_EQ(d->Key(item), IsKey(item) ? item : i >= 0 ? Variant(m.list[i].key) : Variant())
-          << Where() << ": Key";
+      ASSERT_EQ(d->Exists(item), m.Exists(item));
+      ASSERT_EQ(d->Data(item), i < 0 ? Variant::Nothing() : m.list[i].value);
+      ASSERT_EQ(d->Key(item), IsKey(item) ? item : i >= 0 ? Variant(m.list[i].key) : Variant());
     } else if (op < 86) {
       Modes(op < 82 ? Below(4) : m.sort, op < 82 ? m.compare : Below(2));
     } else if (op == 99) {
       d->Clear(), m.Clear();
     }
-    ASSERT_EQ(d->Count(), m.Count()) << Where();
-    ASSERT_EQ(heard, m.events) << Where() << ": events";
+    ASSERT_EQ(d->Count(), m.Count());
+    ASSERT_EQ(heard, m.events) << "events";
   }
 
-  std::string Where() const { return label + ", step " + std::to_string(steps); }
   void ExpectSame() {
-    ASSERT_EQ(d->Changed(), m.changed) << Where();
-    ASSERT_EQ(static_cast<int32_t>(d->SortMode()), m.list.empty() ? m.sort : 0) << Where();
+    SCOPED_TRACE("after step " + std::to_string(steps));
+    ASSERT_EQ(d->Changed(), m.changed);
+    ASSERT_EQ(static_cast<int32_t>(d->SortMode()), m.list.empty() ? m.sort : 0);
     for (int32_t i = 0; i < m.Count(); ++i) {
-      ASSERT_EQ(d->Key(Variant(i)), Variant(m.list[i].key)) << Where() << ", entry " << i;
-      ASSERT_EQ(d->Data(Variant(i)), m.list[i].value) << Where() << ", entry " << i;
+      ASSERT_EQ(d->Key(Variant(i)), Variant(m.list[i].key)) << "entry " << i;
+      ASSERT_EQ(d->Data(Variant(i)), m.list[i].value) << "entry " << i;
     }
   }
 };
@@ -101,6 +95,7 @@ struct Pair {
 TEST(DictionaryModel, MixedSequencesInEveryModeMatchTheModel) {
   ScopedLocale locale("ru_RU");
   for (uint32_t seed = 1; seed <= 30 && !HasFatalFailure(); ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
     Pair p(seed, seed % 2 ? 2 : 5);  // short keys collide often, longer ones grow larger
     while (p.steps < 1500 && !HasFatalFailure()) {
       p.Step(p.Below(100));
@@ -113,6 +108,7 @@ TEST(DictionaryModel, ThousandsOfEntriesGrownAndShrunkMatchTheModel) {
   // Enough entries for several tree levels; shrinking makes nodes borrow and merge.
   ScopedLocale locale("en_US");
   for (uint32_t seed = 100; seed < 103 && !HasFatalFailure(); ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
     Pair p(seed, 12);
     p.Modes(static_cast<int32_t>(seed % 3), static_cast<int32_t>(seed % 2));
     for (int shrink = 0; shrink < 2 && !HasFatalFailure(); ++shrink) {

@@ -80,21 +80,30 @@ TEST_F(IniFile, LinesReadTheSameFromAFileAndAStringButForContinuations) {
       << "the text held is the trimmed text, line for line";
 }
 
-TEST_F(IniFile, SeparatorsApplyFromTheNextRebuild) {
-  auto ini = New<clsZKIniFile>();
+// In string mode: separators apply from the next rebuild, PutData changes only the text
+// held, and a refused SourceString falls back to the file.
+TEST_F(IniFile, AStringIsReadWithTheSeparatorsOfItsLastRebuildAndRewrittenInPlace) {
+  auto ini = OnFile("f.ini", "k = file");
+  const String text = u"[S]\r\na: 1 = 2 # note ' not one\r\nb = 3";
   ini->LetSepData(u":"), ini->LetSepComment(u"#");
-  ini->LetSourceString(u"[S]\r\na: 1 = 2 # note ' not one\r\nb = 3");
+  ini->LetSourceString(text);
   EXPECT_EQ(Lookup(*ini, u"a", u"S"), "1 = 2");
   EXPECT_EQ(Lookup(*ini, u"b", u"S"), "(none)");
   ini->LetSepData(u"=");
   EXPECT_EQ(Lookup(*ini, u"a", u"S"), "1 = 2") << "the index stands until the text changes";
-  ini->LetSourceString(u"[S]\r\na: 1 = 2 # note ' not one\r\nb = 3");
+  ini->LetSourceString(text);
   EXPECT_EQ(Lookup(*ini, u"a: 1", u"S"), "2");
-  EXPECT_EQ(Lookup(*ini, u"b", u"S"), "3");
+  EXPECT_TRUE(ini->PutData(u"b", u"\tnew ", u"S"));
+  EXPECT_EQ(ini->SourceString(), u"[S]\r\na: 1 = 2 # note ' not one\r\nb = new");
+  EXPECT_EQ(Lookup(*ini, u"b", u"S"), "new");
+  EXPECT_EQ(Get("f.ini"), "k = file") << "nothing is written anywhere";
+  EXPECT_NE(ErrorNumberOf([&] { ini->LetSourceString(u" "); }), 0);
+  EXPECT_EQ(ini->SourceString(), u"[S]\r\na: 1 = 2 # note ' not one\r\nb = new")
+      << "the old lines are kept";
+  EXPECT_EQ(Lookup(*ini, u"k"), "file");
 }
 
 TEST_F(IniFile, PutDataRewritesOneLineAndKeepsEveryOtherByte) {
-  const std::string long_line(100000, 'z');
   const std::string before =
       "\xC0\xEB\xFF = cp1251 bytes\r\n"
       "[S]\r\n"
@@ -103,7 +112,7 @@ TEST_F(IniFile, PutDataRewritesOneLineAndKeepsEveryOtherByte) {
       "cont = abc _\r\n"
       "  def\r\n"
       "stray\rCR and\nLF\tstay\r\n" +
-      long_line + "\r\n" +
+      std::string(100000, 'z') + "\r\n" +
       "bare=\r\n";
   struct Case { const char* sentence; const char16_t* key; const char16_t* value; std::string old_line, new_line; };
   const Case cases[] = {
@@ -123,19 +132,8 @@ TEST_F(IniFile, PutDataRewritesOneLineAndKeepsEveryOtherByte) {
     EXPECT_EQ(Get("put.ini"), expected) << c.sentence;
     const std::string stored = ToUtf8(c.key) == "name" ? "x" : ToUtf8(c.value);
     EXPECT_EQ(Lookup(*ini, c.key, u"S"), stored) << c.sentence << ", read by the same object";
-    auto fresh = New<clsZKIniFile>();
-    fresh->LetFullName(Path("put.ini"));
-    EXPECT_EQ(Lookup(*fresh, c.key, u"S"), stored) << c.sentence << ", read afresh";
+    EXPECT_EQ(Lookup(*OnFile("put.ini", expected), c.key, u"S"), stored) << c.sentence;
   }
-}
-
-TEST_F(IniFile, PutDataOnAStringChangesOnlyTheTextHeld) {
-  auto ini = New<clsZKIniFile>();
-  ini->LetSourceString(u"[S]\r\nk = v ' c\r\nother = o");
-  EXPECT_TRUE(ini->PutData(u"k", u"\tnew ", u"S"));
-  EXPECT_EQ(ini->SourceString(), u"[S]\r\nk = new\t' c\r\nother = o");
-  EXPECT_EQ(Lookup(*ini, u"k", u"S"), "new");
-  EXPECT_EQ(Listing(), std::vector<std::string>()) << "nothing is written anywhere";
 }
 
 TEST_F(IniFile, TheStampDecidesWhenTheFileIsReadAgain) {
@@ -173,57 +171,45 @@ TEST_F(IniFile, TheStampDecidesWhenTheFileIsReadAgain) {
 }
 
 TEST_F(IniFile, EveryErrorCarriesItsCodeSourceAndRussianText) {
-  Put("ok.ini", "[S]\r\nk = v");
   Put("readonly.ini", "[S]\r\nk = v", 0444);
-  const String src = u"ZKRuntimeLib.clsZKIniFile.";
-  auto ok = New<clsZKIniFile>();
-  ok->LetFullName(Path("ok.ini"));
-  auto readonly = New<clsZKIniFile>();
+  auto ok = OnFile("ok.ini", "[S]\r\nk = v"), gone = OnFile("gone.ini", "k = v");
+  auto readonly = New<clsZKIniFile>(), fresh = New<clsZKIniFile>();
   readonly->LetFullName(Path("readonly.ini"));
-  auto gone = New<clsZKIniFile>();
-  Put("gone.ini", "k = v");
-  gone->LetFullName(Path("gone.ini"));
   std::filesystem::remove(Native("gone.ini"));
-  auto fresh = New<clsZKIniFile>();
   String buf;
-  struct Case { const char* sentence; std::function<void()> action; int32_t code; String source, description; };
+  const String load = u"Ошибка загрузки INI-файла: ", missing = u"Ключ не найден: ";
+  struct Case { const char* sentence; std::function<void()> action; int32_t code;
+                const char16_t* member; String description; };
   const Case cases[] = {
       {"FullName of a missing file", [&] { fresh->LetFullName(Path("none.ini")); },
-       xcZKERR_INI_NOFILE, src + u"FullName", u"FullName = '" + Path("none.ini") + u"'"},
-      {"FullName of a folder", [&] { fresh->LetFullName(Path()); },
-       xcZKERR_INI_NOFILE, src + u"FullName", u"FullName = '" + Path() + u"'"},
+       xcZKERR_INI_NOFILE, u"FullName", u"FullName = '" + Path("none.ini") + u"'"},
+      {"FullName of a folder", [&] { fresh->LetFullName(Path()); }, xcZKERR_INI_NOFILE,
+       u"FullName", u"FullName = '" + Path() + u"'"},
       {"SourceString of line ends and blanks", [&] { fresh->LetSourceString(u"\r\n \t\r\n"); },
-       xcZKERR_INI_NOFILE, src + u"SourceString",
+       xcZKERR_INI_NOFILE, u"SourceString",
        u"Попытка присвоить пустую строку в качестве источника ini-данных"},
-      {"GetData with no file set", [&] { fresh->GetData(u"k", buf); },
-       xcZKERR_INI_FILELOAD, src + u"GetData", u"Ошибка загрузки INI-файла: "},
+      {"GetData with no file set", [&] { fresh->GetData(u"k", buf); }, xcZKERR_INI_FILELOAD,
+       u"GetData", load},
       {"GetData of a file that is gone", [&] { gone->GetData(u"k", buf); },
-       xcZKERR_INI_FILELOAD, src + u"GetData", u"Ошибка загрузки INI-файла: " + Path("gone.ini")},
+       xcZKERR_INI_FILELOAD, u"GetData", load + Path("gone.ini")},
       {"PutData of a file that is gone", [&] { gone->PutData(u"k", u"x"); },
-       xcZKERR_INI_FILELOAD, src + u"PutData", u"Ошибка загрузки INI-файла: " + Path("gone.ini")},
+       xcZKERR_INI_FILELOAD, u"PutData", load + Path("gone.ini")},
       {"PutData of a missing key names GetData", [&] { ok->PutData(u"nokey", u"x", u"S"); },
-       xcZKERR_INI_KEYMISSING, src + u"GetData", u"Ключ не найден: S.nokey"},
+       xcZKERR_INI_KEYMISSING, u"GetData", missing + u"S.nokey"},
       {"PutData of a missing key before any section", [&] { ok->PutData(u"k", u"x"); },
-       xcZKERR_INI_KEYMISSING, src + u"GetData", u"Ключ не найден: k"},
+       xcZKERR_INI_KEYMISSING, u"GetData", missing + u"k"},
       {"PutData into a read-only file", [&] { readonly->PutData(u"k", u"x", u"S"); },
-       xcZKERR_INI_FILESAVE, src + u"PutData", u"Ошибка записи в INI-файл: " + Path("readonly.ini")},
+       xcZKERR_INI_FILESAVE, u"PutData", u"Ошибка записи в INI-файл: " + Path("readonly.ini")},
   };
   for (const Case& c : cases) {
-    EXPECT_EQ(ErrorOf(c.action), ErrorFields(c.code, c.source, c.description, u"", 0)) << c.sentence;
+    EXPECT_EQ(ErrorOf(c.action), ErrorFields(c.code, u"ZKRuntimeLib.clsZKIniFile." + String(c.member),
+                                             c.description, u"", 0))
+        << c.sentence;
   }
   EXPECT_EQ(fresh->FullName(), u"") << "a refused FullName changes nothing";
   EXPECT_EQ(Get("readonly.ini"), "[S]\r\nk = v") << "the read-only file is intact";
   EXPECT_EQ(readonly->SourceString(), u"[S]\r\nk = x") << "but the line changed in memory";
   EXPECT_EQ(Lookup(*readonly, u"k", u"S"), "v") << "while the index keeps the old value";
-}
-
-TEST_F(IniFile, AnEmptySourceStringFallsBackToTheFile) {
-  auto ini = OnFile("f.ini", "k = file");
-  ini->LetSourceString(u"k = text");
-  EXPECT_EQ(Lookup(*ini, u"k"), "text");
-  EXPECT_NE(ErrorNumberOf([&] { ini->LetSourceString(u" "); }), 0);
-  EXPECT_EQ(ini->SourceString(), u"k = text") << "the old lines are kept";
-  EXPECT_EQ(Lookup(*ini, u"k"), "file");
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 // The storage tree: clsZKStorageItems keeps typed values as text; clsZKStorage and
 // clsZKStorageNodes hold named nodes by reference, and clearing empties them in place.
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include <cmath>
 #include <optional>
@@ -25,7 +24,7 @@ Variant Bytes(const std::vector<uint8_t>& b, int32_t lower = 0) {
 TEST(StorageItems, AcceptedTypesComeBackInBothLocalesAndOthersAreRefused) {
   std::vector<uint8_t> all(256);
   for (int i = 0; i < 256; ++i) all[i] = static_cast<uint8_t>(i);
-  const Variant refused = ErrorValue{-1};
+  const Variant refused = ErrorValue{-1}, obj(New<clsZKStorage>());
   struct Case { const char* sentence; Variant added, read; };  // read Empty: as added
   const Case cases[] = {
       {"Null", Variant::Null()}, {"the smallest Integer", Variant(int16_t{-32768})},
@@ -43,8 +42,7 @@ TEST(StorageItems, AcceptedTypesComeBackInBothLocalesAndOthersAreRefused) {
       {"True", Variant(true)}, {"False", Variant(false)},
       {"all 256 bytes, read back from index 0", Bytes(all, 5), Bytes(all)},
       {"an empty byte array", Bytes({})}, {"Empty", Variant(), refused},
-      {"Nothing", Variant::Nothing(), refused},
-      {"an object", Variant(New<clsZKStorage>()), refused},
+      {"Nothing", Variant::Nothing(), refused}, {"an object", Variant(obj), refused},
       {"the missing-argument marker", Variant::Missing(), refused},
       {"an Error value", Variant(ErrorValue{5}), refused},
       {"a byte array never dimensioned", Variant(SafeArray(VarType::kByte)), refused},
@@ -62,8 +60,7 @@ TEST(StorageItems, AcceptedTypesComeBackInBothLocalesAndOthersAreRefused) {
       ASSERT_EQ(items->Add(c.added), accepted);
       ASSERT_EQ(items->Count(), count + accepted);
       if (!accepted) continue;
-      const Variant expected = c.read.isEmpty() ? c.added : c.read;
-      EXPECT_EQ(ErrorOf([&] { EXPECT_EQ(items->Item(count), expected); }), ErrorFields());
+      EXPECT_EQ(items->Item(count), c.read.isEmpty() ? c.added : c.read);
     }
   }
 }
@@ -89,7 +86,6 @@ TEST(StorageItems, ItemErrorsCarryAllFiveFieldsInTheInterfaceLanguage) {
   filled->Add(I(1));
   filled->Add(Variant(SafeArray(VarType::kLong, {Bounds{0, 2}})));  // kept, but not readable
   filled->Add(Variant(SafeArray::FromVariants({I(1)})));
-  filled->Add(Variant(SafeArray::FromStrings({u"x"})));
   const int32_t kEmpty = xcZKERR_STORAGE_NOITEMS, kIndex = xcZKERR_STORAGE_INDEX,
                 kType = xcZKERR_STORAGE_DATATYPE;
   struct Case { const char* sentence; bool on_empty; int32_t index, language, number;
@@ -99,11 +95,9 @@ TEST(StorageItems, ItemErrorsCarryAllFiveFieldsInTheInterfaceLanguage) {
       {"index 0 of an empty list", true, 0, 0, kIndex, u"Недопустимый индекс элемента"},
       {"a Long array", false, 1, 0, kType, u"Тип данных #8195 не поддерживается"},
       {"English: a negative index, empty list", true, -5, 1, kEmpty, u"Storage is Empty"},
-      {"English: an index past the end", false, 4, 1, kIndex, u"Index out of bounds"},
-      {"English: a Variant array", false, 2, 1, kType, u"Data type #8204 is not supported"},
-      {"language 7: a negative index", false, -1, 7, kEmpty, u"Storage is Empty"},
-      {"language 7: index 0 of an empty list", true, 0, 7, kIndex, u"Index out of bounds"},
-      {"language 7: a String array", false, 3, 7, kType, u"Data type #8200 is not supported"},
+      {"English: an index past the end", false, 3, 1, kIndex, u"Index out of bounds"},
+      {"language 7 is English: a Variant array", false, 2, 7, kType,
+       u"Data type #8204 is not supported"},
   };
   for (const Case& c : cases) {
     SetInterfaceLanguage(c.language);
@@ -147,6 +141,7 @@ TEST(StorageNodes, ClearEmptiesEveryNodeReachedInPlaceWhoeverHoldsIt) {
       {"a child whose list is its parent's", 2, {{0, 1}}, false, -1, 1},
   };
   for (const Case& c : cases) {
+    SCOPED_TRACE(c.sentence);
     std::vector<Ref<clsZKStorage>> all;
     std::vector<Ref<clsZKStorageItems>> items;
     for (int i = 0; i < c.nodes; ++i) all.push_back(Node()), items.push_back(all[i]->Items());
@@ -154,39 +149,15 @@ TEST(StorageNodes, ClearEmptiesEveryNodeReachedInPlaceWhoeverHoldsIt) {
     for (auto [parent, child] : c.edges) all[parent]->Nodes()->Add(all[child]);
     if (c.listless > 0) all[c.listless]->SetNodes(nullptr), all[c.listless]->SetItems(nullptr);
     all[0]->Nodes()->Clear();
-    EXPECT_EQ(all[0]->Nodes()->Count(), 0) << c.sentence;
-    EXPECT_EQ(all[0]->Name().empty() && all[0]->Items()->Count() == 0, c.top_reached) << c.sentence;
+    EXPECT_EQ(all[0]->Nodes()->Count(), 0);
+    EXPECT_EQ(all[0]->Name().empty() && all[0]->Items()->Count() == 0, c.top_reached);
     for (int i = 1; i < c.nodes; ++i) {
-      EXPECT_EQ(all[i]->Name(), u"") << c.sentence << ", node " << i;
+      EXPECT_EQ(all[i]->Name(), u"") << "node " << i;
       if (i == c.listless) continue;
-      EXPECT_EQ(all[i]->Items(), items[i]) << c.sentence << ": emptied, not replaced";
-      EXPECT_EQ(all[i]->Items()->Count() + all[i]->Nodes()->Count(), 0) << c.sentence;
+      EXPECT_EQ(all[i]->Items(), items[i]) << "node " << i << ": emptied, not replaced";
+      EXPECT_EQ(all[i]->Items()->Count() + all[i]->Nodes()->Count(), 0) << "node " << i;
     }
   }
-}
-
-TEST(StorageNodes, DeepChainsClearAndDieWithoutRecursion) {
-  // On a thread with a small stack, one call per level would overflow.
-  String bottom_name = u"unset";
-  auto body = [](void* out) -> void* {
-    for (bool clear : {false, true}) {
-      Ref<clsZKStorage> top = Node(), bottom = top;
-      for (int i = 0; i < 50000; ++i) {
-        Ref<clsZKStorage> next = Node();
-        bottom->Nodes()->Add(next), bottom = next;
-      }
-      if (clear) top->Clear(), *static_cast<String*>(out) = bottom->Name();
-    }  // without Clear, the whole chain dies with `top`
-    return nullptr;
-  };
-  pthread_attr_t attr;
-  pthread_attr_init(&attr);
-  pthread_attr_setstacksize(&attr, 256 * 1024);
-  pthread_t thread;
-  ASSERT_EQ(pthread_create(&thread, &attr, body, &bottom_name), 0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attr);
-  EXPECT_EQ(bottom_name, u"") << "the deepest node was reached";
 }
 
 }  // namespace

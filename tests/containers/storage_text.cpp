@@ -1,7 +1,6 @@
 // The storage text: what each level writes, what it reads back, the ErrFlag rule, and
 // storage files.
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include "containers/support.h"
 #include "system/fs_fixture.h"
@@ -25,6 +24,8 @@ String NodeText(const String& name, const String& list, const String& items) {
 String Record(const char* type, const String& text) {
   return D9(text.size() + 13) + FromAscii(type) + text;
 }
+// Node A holding the string B, and the text of that item.
+const String kB = u"0000000140008B", kA = NodeText(u"A", u"", kB);
 
 Ref<clsZKStorage> Make(const char16_t* name, std::vector<Variant> values = {},
                        std::vector<Ref<clsZKStorage>> children = {}) {
@@ -35,18 +36,25 @@ Ref<clsZKStorage> Make(const char16_t* name, std::vector<Variant> values = {},
   return n;
 }
 
-String Text(const clsZKStorage& node, bool* flag = nullptr) {
-  bool f = true;
-  String s = node.ToString(f);
-  if (flag) *flag = f;
+String Text(const clsZKStorage& node) {
+  bool flag = true;
+  return node.ToString(flag);
+}
+
+// What a node holds, as one text: name, then items as their text, then children in
+// braces.
+std::string Shape(const Ref<clsZKStorage>& node) {
+  std::string s = ToUtf8(node->Name());
+  bool ignored;
+  if (node->Items()->Count() > 0) s += "[" + ToUtf8(node->Items()->ToString(ignored)) + "]";
+  for (int32_t i = 0; i < node->Nodes()->Count(); ++i) s += "{" + Shape(node->Nodes()->Item(i)) + "}";
   return s;
 }
 
 TEST(StorageText, EachLevelWritesTheGrammarExactly) {
   ScopedLocale locale("ru_RU");
   EXPECT_EQ(Text(*Make(u"")), u"000000009000000009000000009") << "a new node";
-  EXPECT_EQ(Text(*Make(u"A", {Variant(String(u"B"))})), u"000000010A000000009000000023" u"0000000140008B");
-  const String a = NodeText(u"A", u"", Record("0008", u"B"));
+  EXPECT_EQ(Text(*Make(u"A", {Variant(String(u"B"))})), u"000000010A000000009000000023" + kB);
   const Variant date = Variant(Date::FromParts({2024, 3, 5, 14, 7, 9}));
   const Variant bytes = Variant(SafeArray::FromBytes(std::vector<uint8_t>{0x41, 0xC0}));
   // The node's text is checked as the three chunks of its name and the two lists' texts.
@@ -63,7 +71,7 @@ TEST(StorageText, EachLevelWritesTheGrammarExactly) {
        Make(u"", {Variant(SafeArray(VarType::kLong, {Bounds{0, 1}}))}), u"", u"0000000138195"},
       {"two children in order, the second with a grandchild",
        Make(u"r", {}, {Make(u"A", {Variant(String(u"B"))}), Make(u"c", {}, {Make(u"")})}),
-       Chunk(a) + Chunk(NodeText(u"c", Chunk(NodeText(u"", u"", u"")), u"")), u""},
+       Chunk(kA) + Chunk(NodeText(u"c", Chunk(NodeText(u"", u"", u"")), u"")), u""},
       {"a name of line breaks, BEL and digits", Make(u"1\r\n\a2"), u"", u""},
   };
   for (const Case& c : cases) {
@@ -77,18 +85,15 @@ TEST(StorageText, EachLevelWritesTheGrammarExactly) {
 }
 
 TEST(StorageText, OnlyAFailureInTheLevelsOwnStepRaisesItsErrFlag) {
-  auto no_items = Make(u"bad", {I(1)});
-  no_items->SetItems(nullptr);
-  auto holder = Make(u"holder", {}, {no_items, Make(u"ok")});
-  auto with_nothing = Make(u"w");
-  with_nothing->Nodes()->Add(Make(u"first")), with_nothing->Nodes()->Add(nullptr);
-  auto looped = Make(u"loop");
-  looped->Nodes()->Add(looped);
-  const String empty_node = NodeText(u"", u"", u"");
+  auto no_items = Make(u"bad", {I(1)}), no_lists = Make(u"n");
+  no_items->SetItems(nullptr), no_lists->SetNodes(nullptr);
+  auto with_nothing = Make(u"w", {}, {Make(u"first")}), looped = Make(u"loop");
+  with_nothing->Nodes()->Add(nullptr), looped->Nodes()->Add(looped);
   struct Case { const char* sentence; Ref<clsZKStorage> node; bool flag; String text; };
   const Case cases[] = {
       {"a node without items fails, with nothing written", no_items, true, u""},
-      {"its parent does not see it: the chunk is empty, the sibling follows", holder, false,
+      {"its parent does not see it: the chunk is empty, the sibling follows",
+       Make(u"holder", {}, {no_items, Make(u"ok")}), false,
        NodeText(u"holder", D9(9) + Chunk(NodeText(u"ok", u"", u"")), u"")},
       {"a list holding Nothing fails, and its node does not see it", with_nothing, false,
        NodeText(u"w", u"", u"")},
@@ -103,49 +108,37 @@ TEST(StorageText, OnlyAFailureInTheLevelsOwnStepRaisesItsErrFlag) {
   bool list_flag = false;
   EXPECT_EQ(with_nothing->Nodes()->ToString(list_flag), u"");
   EXPECT_TRUE(list_flag) << "the list's own failure shows on the list";
-  auto no_lists = Make(u"n");
-  no_lists->SetNodes(nullptr);
-  EXPECT_EQ(no_lists->ToObject(empty_node), false) << "a node without lists cannot be read into";
+  EXPECT_FALSE(no_lists->ToObject(NodeText(u"", u"", u""))) << "a node without lists";
   looped->Clear();  // a cycle outlives its last outside reference
 }
 
-// What a node holds, as one text: name, then items as type:text, then children in
-// braces.
-std::string Shape(const Ref<clsZKStorage>& node) {
-  std::string s = ToUtf8(node->Name());
-  auto* items = node->Items().get();
-  bool ignored;
-  if (items->Count() > 0) s += "[" + ToUtf8(items->ToString(ignored)) + "]";
-  for (int32_t i = 0; i < node->Nodes()->Count(); ++i) s += "{" + Shape(node->Nodes()->Item(i)) + "}";
-  return s;
-}
-
 TEST(StorageText, NodeTextsReadBackByTrustingTheLengths) {
-  const String a = NodeText(u"A", u"", Record("0008", u"B"));
+  const std::string a = "A[" + ToUtf8(kB) + "]";
   const String bad_child = Chunk(u"000000009x");
   struct Case { const char* sentence; String text; bool result; std::string shape; };
   const Case cases[] = {  // every node starts with a name, an item and a child
       {"the empty text is no node", u"", false, ""},
       {"three empty chunks are an empty node", u"000000009000000009000000009", true, ""},
-      {"node A holding B", a, true, "A[0000000140008B]"},
-      {"a fourth chunk is ignored", a + Chunk(u"zz"), true, "A[0000000140008B]"},
-      {"one stray character after the chunks is ignored", a + u"7", true, "A[0000000140008B]"},
+      {"node A holding B", kA, true, a}, {"a fourth chunk is ignored", kA + Chunk(u"zz"), true, a},
+      {"one stray character after the chunks is ignored", kA + u"7", true, a},
       {"two chunks are too few", Chunk(u"N") + Chunk(u""), false, "*"},
       {"a length field that is not a number", u"00000001xA000000009000000009", false, ""},
       {"a length below nine", u"000000008000000009000000009", false, ""},
       {"a text of one character", u"0", false, ""},
-      {"a chunk running past the end is taken short", Chunk(u"N") + Chunk(u"") + u"000000030" + u"0000000140008B", true, "N[0000000140008B]"},
+      {"a chunk running past the end is taken short", Chunk(u"N") + Chunk(u"") + u"000000030" + kB,
+       true, "N[" + ToUtf8(kB) + "]"},
       {"children in order, grandchild included",
-       NodeText(u"r", Chunk(a) + Chunk(NodeText(u"c", Chunk(NodeText(u"g", u"", u"")), u"")), u""),
-       true, "r{A[0000000140008B]}{c{g}}"},
+       NodeText(u"r", Chunk(kA) + Chunk(NodeText(u"c", Chunk(NodeText(u"g", u"", u"")), u"")), u""),
+       true, "r{" + a + "}{c{g}}"},
       {"a malformed child is dropped and its siblings kept",
-       NodeText(u"r", Chunk(a) + bad_child + Chunk(NodeText(u"z", u"", u"")), u""), false, "r{A[0000000140008B]}{z}"},
+       NodeText(u"r", Chunk(kA) + bad_child + Chunk(NodeText(u"z", u"", u"")), u""), false,
+       "r{" + a + "}{z}"},
       {"a malformed grandchild fails its parent, which is dropped",
-       NodeText(u"r", Chunk(NodeText(u"c", bad_child, u"")) + Chunk(a), u""), false, "r{A[0000000140008B]}"},
+       NodeText(u"r", Chunk(NodeText(u"c", bad_child, u"")) + Chunk(kA), u""), false, "r{" + a + "}"},
       {"a child list with a bad length field makes no children",
-       NodeText(u"r", Chunk(a) + u"00000000x", u""), false, "r"},
-      {"a bad item type field fails the node",
-       NodeText(u"r", u"", Record("0008", u"B") + u"000000014000xB"), false, "*"},
+       NodeText(u"r", Chunk(kA) + u"00000000x", u""), false, "r"},
+      {"a bad item type field fails the node", NodeText(u"r", u"", kB + u"000000014000xB"), false,
+       "*"},
       {"an item record shorter than thirteen fails the node",
        NodeText(u"r", u"", u"0000000120008"), false, "*"},
   };
@@ -158,28 +151,31 @@ TEST(StorageText, NodeTextsReadBackByTrustingTheLengths) {
 }
 
 TEST(StorageText, ListAndItemLevelsReadTheirOwnTexts) {
-  const String a = NodeText(u"A", u"", Record("0008", u"B"));
-  struct Case { const char* sentence; String text; bool list_result, items_result; int32_t children, items; };
+  struct Case { const char* sentence; String text; bool list_result, items_result;
+                int32_t children, items; };
   const Case cases[] = {
       {"the empty text is an empty list at both levels", u"", true, true, 0, 0},
-      {"two node chunks are two children, and two records", Chunk(a) + Chunk(a), true, true, 2, 2},
+      {"two node chunks are two children, and two records", Chunk(kA) + Chunk(kA), true, true, 2,
+       2},
       {"a record of a Long array type with its text", u"0000000158195xy", false, true, 0, 1},
-      {"records taken short at the end", Record("0003", u"12") + u"000000020000", false, true, 0, 2},
+      {"records taken short at the end", Record("0003", u"12") + u"000000020000", false, true, 0,
+       2},
       {"a type field that is not a number", u"000000014000xB", false, false, 0, -1},
       {"a record length that is not a number", u"00000001x0008B", false, false, 0, -1},
       {"a record length below thirteen", u"0000000120008", false, false, 0, -1},
   };
   for (const Case& c : cases) {
+    SCOPED_TRACE(c.sentence);
     auto list = New<clsZKStorageNodes>();
     auto kept = Make(u"old", {I(1)});
     list->Add(kept);
-    EXPECT_EQ(list->ToObject(c.text), c.list_result) << c.sentence;
-    if (c.list_result) EXPECT_EQ(list->Count(), c.children) << c.sentence;
-    EXPECT_EQ(Shape(kept), "") << c.sentence << ": the old child is emptied where it is held";
+    EXPECT_EQ(list->ToObject(c.text), c.list_result);
+    if (c.list_result) EXPECT_EQ(list->Count(), c.children);
+    EXPECT_EQ(Shape(kept), "") << "the old child is emptied where it is held";
     auto items = New<clsZKStorageItems>();
     items->Add(I(1));
-    EXPECT_EQ(items->ToObject(c.text), c.items_result) << c.sentence;
-    if (c.items >= 0) EXPECT_EQ(items->Count(), c.items) << c.sentence;
+    EXPECT_EQ(items->ToObject(c.text), c.items_result);
+    if (c.items >= 0) EXPECT_EQ(items->Count(), c.items);
   }
 }
 
@@ -244,35 +240,27 @@ TEST_F(StorageFiles, FilesWrittenByHandLoadAndBadFilesAreRefused) {
   EXPECT_FALSE(Make(u"x")->Save(Path("no/such/folder/x.dat")));
 }
 
-TEST(StorageText, DeepAndWideTreesRoundTripWithoutRecursion) {
-  // On a small stack, one call per level would overflow.
-  struct Result { bool read = false; String first, second; int32_t wide = 0; } result;
-  auto body = [](void* out) -> void* {
-    auto& r = *static_cast<Result*>(out);
-    auto top = Make(u"top"), bottom = top;
+// On a small stack, where one call per level would overflow: written, read, cleared
+// down to the deepest node, and released whole.
+TEST(StorageText, DeepAndWideTreesRoundTripClearAndDieWithoutRecursion) {
+  String first, second, bottom_name = u"unset";
+  int32_t wide = 0;
+  ASSERT_TRUE(OnSmallStack([&] {
+    auto top = Make(u"top"), bottom = top, copy = New<clsZKStorage>();
     for (int i = 0; i < 20000; ++i) {
       auto next = Make(u"", {I(i)});
       bottom->Nodes()->Add(next), bottom = next;
+      top->Nodes()->Add(Make(u"w"));
     }
-    for (int i = 0; i < 20000; ++i) top->Nodes()->Add(Make(u"w"));
-    r.first = Text(*top);
-    auto copy = New<clsZKStorage>();
-    r.read = copy->ToObject(r.first);
-    r.second = Text(*copy);
-    r.wide = copy->Nodes()->Count();
-    top->Clear(), copy->Clear();
-    return nullptr;
-  };
-  pthread_attr_t attr;
-  pthread_attr_init(&attr);
-  pthread_attr_setstacksize(&attr, 256 * 1024);
-  pthread_t thread;
-  ASSERT_EQ(pthread_create(&thread, &attr, body, &result), 0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attr);
-  EXPECT_TRUE(result.read);
-  EXPECT_EQ(result.second, result.first);
-  EXPECT_EQ(result.wide, 20001);
+    bottom->LetName(u"bottom");
+    first = Text(*top);
+    EXPECT_TRUE(copy->ToObject(first));
+    second = Text(*copy), wide = copy->Nodes()->Count();
+    top->Clear(), bottom_name = bottom->Name();
+  }));  // `copy`, never cleared, dies whole with its last reference
+  EXPECT_EQ(second, first);
+  EXPECT_EQ(wide, 20001);
+  EXPECT_EQ(bottom_name, u"") << "Clear reached the deepest node";
 }
 
 }  // namespace

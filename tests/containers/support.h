@@ -1,6 +1,8 @@
 // Small helpers the container tests share.
 #pragma once
 
+#include <pthread.h>
+
 #include <functional>
 #include <tuple>
 #include <vector>
@@ -31,6 +33,23 @@ inline Variant Call(Object& o, StringView member, InvokeKind kind, std::vector<V
   std::vector<Argument> args;
   for (Variant& v : values) args.push_back({{}, std::move(v)});
   return Invoke(o, member, kind, args);
+}
+
+// Runs `body` to its end on a thread with a 256 KiB stack, where one call per level of a
+// deep tree would overflow; False if no thread could start.
+inline bool OnSmallStack(std::function<void()> body) {
+  pthread_attr_t attr;
+  pthread_attr_init(&attr);
+  pthread_attr_setstacksize(&attr, 256 * 1024);
+  pthread_t thread;
+  auto run = [](void* f) -> void* {
+    (*static_cast<std::function<void()>*>(f))();
+    return nullptr;
+  };
+  const bool started = pthread_create(&thread, &attr, run, &body) == 0;
+  if (started) pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attr);
+  return started;
 }
 
 }  // namespace tsruntime::container_tests

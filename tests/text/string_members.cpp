@@ -1,12 +1,10 @@
 // clsZKString: searching, replacing, filtering, cutting, trimming, case, packed arrays,
 // amounts in words, packed numbers and the members by name.
-#include <bit>
 #include <random>
 
 #include "text/text_test_util.h"
 #include "tsruntime/automation/codepage.h"
 #include "tsruntime/automation/locale.h"
-#include "tsruntime/clsZKRunTimeLib.h"
 #include "tsruntime/clsZKString.h"
 
 namespace tsruntime {
@@ -57,7 +55,7 @@ int64_t InstrRightByDefinition(StringView work, StringView search, int32_t len, 
   return pos;
 }
 
-TEST_F(StringOps, GeneratedInputsAgreeWithTheDefinitionsAndSurviveAPackingRoundTrip) {
+TEST_F(StringOps, GeneratedInputsAgreeWithTheDefinitions) {
   std::mt19937 rng(2024);
   auto text = [&](size_t min, size_t max, StringView alphabet) {
     String t(min + rng() % (max - min + 1), u'a');
@@ -75,43 +73,38 @@ TEST_F(StringOps, GeneratedInputsAgreeWithTheDefinitionsAndSurviveAPackingRoundT
     const auto kind = rng() % 4;  // a deletion, a replacement holding the search, or another
     const String by = kind == 0 ? String()
                       : kind == 1 ? text(0, 6, abc) + search + text(0, 2, abc) : text(1, 6, abc);
-    const std::string what = ToUtf8(text1 + u" / " + search + u" / " + by) + " mode " +
-                             std::to_string(mode) + " len " + std::to_string(len);
-    ASSERT_EQ(s->Replace(text1, search, by, mode), ReplaceByDefinition(text1, search, by, mode))
-        << what;
+    SCOPED_TRACE(ToUtf8(text1 + u" / " + search + u" / " + by) + " mode " +
+                 std::to_string(mode) + " len " + std::to_string(len));
+    ASSERT_EQ(s->Replace(text1, search, by, mode), ReplaceByDefinition(text1, search, by, mode));
     ASSERT_EQ(s->InstrRight(text1, search, len, mode),
-              InstrRightByDefinition(text1, search, len, mode)) << what;
+              InstrRightByDefinition(text1, search, len, mode));
     // Sets below and above the size at which Filter switches to a bitmap.
     const String chars = text(0, 12, u"aAbBёЁ-1 "), set = text(0, i % 2 ? 4 : 40, u"aAbBёЁ-1 ");
     String kept;
     for (char16_t c : chars) kept += ContainsChar(set, c, mode) ? u"" : String(1, c);
     ASSERT_EQ(s->Filter(chars, set, false, mode), kept) << ToUtf8(chars + u" / " + set);
-    std::vector<String> items(1 + rng() % 4);
-    for (String& item : items) item = text(0, 20, u"0123456789ab\r\n ё");
-    const SafeArray back = s->ArraySplit(s->ArrayJoin(SafeArray::FromStrings(items)));
-    ASSERT_TRUE(back.lbound() == 0 && back.ToStrings() == items) << "packing round trip " << i;
   }
 }
 
 TEST_F(StringOps, FilterAndTrimMoveTheCaretWithTheText) {
-  int32_t caret = 4;
-  EXPECT_EQ(s->Filter(u"a-b-c", u"-", false, 0, &caret), u"abc");
-  EXPECT_EQ(caret, 2) << "two members dropped before the caret";
-  caret = 3;
-  EXPECT_EQ(s->Filter(u"a-b-c", u"-", true, 0, &caret), u"--") << "members kept with Iclude";
-  EXPECT_EQ(caret, 1) << "two non-members dropped before the caret";
-  EXPECT_EQ(ToUtf8(s->Filter(u"ЁёжЖ", u"ё", true, 1)), "Ёё") << "text compare in Cyrillic";
-  const struct { const char* what; String text; int32_t type, mode, caret, after; String expected; }
-      trims[] = {
-      {"right only, the caret pulled back", u"xxabcxx", xcZK_TRIM_RIGHT, 0, 7, 5, u"xxabc"},
-      {"neither bit", u"xxabcxx", 0, 0, 5, 5, u"xxabcxx"},
-      {"nothing but trim characters", u"xxx", xcZK_TRIM_BOTH, 0, 3, 0, u""},
-      {"caret 1, two stripped on the left", u"xxab", xcZK_TRIM_LEFT, 0, 1, 0, u"ab"},
-      {"a caret beyond the end, nothing stripped", u"abc", xcZK_TRIM_BOTH, 0, 9, 9, u"abc"},
-      {"text compare ignores case", u"XxaxX", xcZK_TRIM_BOTH, 1, 0, 0, u"a"}};
-  for (const auto& c : trims) {
-    caret = c.caret;
-    EXPECT_EQ(s->Trim(c.text, u"x", xeZK_TRIM_TYPE(c.type), c.mode, &caret), c.expected) << c.what;
+  enum { kFilterDrop = -2, kFilterKeep = -1 };  // Filter rows; the others are Trim types
+  const struct { const char* what; String text, set; int32_t type, mode, caret, after;
+                 String expected; } cases[] = {
+      {"filter: two members dropped before the caret", u"a-b-c", u"-", kFilterDrop, 0, 4, 2, u"abc"},
+      {"filter: members kept with Iclude", u"a-b-c", u"-", kFilterKeep, 0, 3, 1, u"--"},
+      {"filter: text compare in Cyrillic", u"ЁёжЖ", u"ё", kFilterKeep, 1, 0, 0, u"Ёё"},
+      {"right only, the caret pulled back", u"xxabcxx", u"x", xcZK_TRIM_RIGHT, 0, 7, 5, u"xxabc"},
+      {"neither bit", u"xxabcxx", u"x", 0, 0, 5, 5, u"xxabcxx"},
+      {"nothing but trim characters", u"xxx", u"x", xcZK_TRIM_BOTH, 0, 3, 0, u""},
+      {"left only, nothing but trim characters", u"xxx", u"x", xcZK_TRIM_LEFT, 0, 2, 0, u""},
+      {"caret 1, two stripped on the left", u"xxab", u"x", xcZK_TRIM_LEFT, 0, 1, 0, u"ab"},
+      {"a caret beyond the end, nothing stripped", u"abc", u"x", xcZK_TRIM_BOTH, 0, 9, 9, u"abc"},
+      {"text compare ignores case", u"XxaxX", u"x", xcZK_TRIM_BOTH, 1, 0, 0, u"a"}};
+  for (const auto& c : cases) {
+    int32_t caret = c.caret;
+    EXPECT_EQ(c.type < 0 ? s->Filter(c.text, c.set, c.type == kFilterKeep, c.mode, &caret)
+                         : s->Trim(c.text, c.set, xeZK_TRIM_TYPE(c.type), c.mode, &caret),
+              c.expected) << c.what;
     EXPECT_EQ(caret, c.after) << c.what;
   }
 }
@@ -175,11 +168,10 @@ TEST_F(StringOps, ArrayJoinWritesLengthHeadersAndArraySplitReadsThem) {
 TEST_F(StringOps, InWordsWritesEachAmountWithItsGrammaticalForms) {
   const struct { const char* amount; const char* expected; bool unit_names = true; } cases[] = {
       {"1234.56", "одна тысяча двести тридцать четыре рубля 56 копеек"},
-      {"1234.56", "одна тысяча двести тридцать четыре ", false},
       {"21", "двадцать один рубль 00 копеек"}, {"5000", "пять тысяч рублей 00 копеек"},
       {"2000000.01", "два миллиона рублей 01 копейка"},
       {"11002.03", "одиннадцать тысяч два рубля 03 копейки"},
-      {"0.5", "ноль рублей 50 копеек"}, {"0.5", "ноль", false}, {"-7", "семь рублей 00 копеек"},
+      {"0.5", "ноль рублей 50 копеек"}, {"-7", "семь рублей 00 копеек"},
       {"1000000000000", ""}, {"999999999999.995", ""}, {"-922337203685477.5808", ""},
       // Rounding to whole kopecks, halves up, before anything else.
       {"0.994", "ноль рублей 99 копеек"}, {"0.995", "один рубль 00 копеек"},
@@ -189,69 +181,46 @@ TEST_F(StringOps, InWordsWritesEachAmountWithItsGrammaticalForms) {
        "девятьсот девяносто девять тысяч девятьсот девяносто девять рублей 99 копеек"},
       {"1.11", "один рубль 11 копеек"}, {"1.21", "один рубль 21 копейка"},
       // Unit forms, teens and the feminine thousands.
-      {"10", "десять рублей 00 копеек"}, {"11", "одиннадцать рублей 00 копеек"},
-      {"19", "девятнадцать рублей 00 копеек"}, {"111", "сто одиннадцать рублей 00 копеек"},
+      {"10", "десять рублей 00 копеек"}, {"19", "девятнадцать рублей 00 копеек"},
       {"342", "триста сорок два рубля 00 копеек"}, {"1000", "одна тысяча рублей 00 копеек"},
-      {"2000", "две тысячи рублей 00 копеек"}, {"11000", "одиннадцать тысяч рублей 00 копеек"},
       {"21000", "двадцать одна тысяча рублей 00 копеек"},
-      {"1000000", "один миллион рублей 00 копеек"},
       {"1001001", "один миллион одна тысяча один рубль 00 копеек"},
       {"2002002", "два миллиона две тысячи два рубля 00 копеек"},
-      {"1000000001", "один миллиард один рубль 00 копеек"},
       {"11000000000", "одиннадцать миллиардов рублей 00 копеек"},
       {"101000011000", "сто один миллиард одиннадцать тысяч рублей 00 копеек"},
       // Without unit names: the kopecks are dropped first, and a space ends the words.
-      {"0.99", "ноль", false}, {"0.995", "один ", false}, {"1000", "одна тысяча ", false},
-      {"2001000000", "два миллиарда один миллион ", false}};
+      {"1234.56", "одна тысяча двести тридцать четыре ", false}, {"0.99", "ноль", false},
+      {"0.995", "один ", false}, {"2001000000", "два миллиарда один миллион ", false}};
   for (const auto& c : cases) {
     EXPECT_EQ(ToUtf8(s->InWords(testing::Amount(c.amount), c.unit_names)), c.expected)
         << c.amount << (c.unit_names ? "" : " without unit names");
   }
 }
 
-TEST_F(StringOps, ConvMKPacksLittleEndianBytesAndConvCVUnpacksThemBitForBit) {
+// The bit-for-bit round trip of every packed number is the legacy_conversions fuzz
+// target's; here the byte order and the ANSI code page the bytes go through.
+TEST_F(StringOps, LegacyConversionsGoThroughTheAnsiCodePageAndKeepTheirOddCorners) {
   EXPECT_EQ(s->ConvMKL(65), String(u"A\0\0\0", 4));
-  EXPECT_EQ(s->ConvMKS(1.0f), AnsiToString(std::vector<uint8_t>{0, 0, 0x80, 0x3F}));
-  EXPECT_EQ(s->ConvMKD(0.0), String(8, u'\0')) << "zero bytes are kept, not trimmed";
   EXPECT_EQ(s->ConvMKI(int16_t(0xC1C0)), u"АБ") << "bytes go through the ANSI code page";
-  // Each pattern read as a Double, its top half as a Single, its low half as a Long and its
-  // top quarter as an Integer: -0, NaN payloads, infinities, extremes.
-  for (uint64_t bits : {0x8000000000000000u, 0xFFF8000000000123u, 0x7FF0000000000001u,
-                        0xFFF0000000000000u, 0x7FC0000198AD1A00u, 0xFF80000080000000u,
-                        0x3F8000007FFFFFFFu}) {
-    const uint32_t high = bits >> 32;
-    String d = s->ConvMKD(std::bit_cast<double>(bits)), f = s->ConvMKS(std::bit_cast<float>(high));
-    String l = s->ConvMKL(int32_t(bits)), i = s->ConvMKI(int16_t(high >> 16));
-    EXPECT_EQ(std::tuple(std::bit_cast<uint64_t>(s->ConvCVD(d)),
-                         std::bit_cast<uint32_t>(s->ConvCVS(f)), s->ConvCVL(l), s->ConvCVI(i)),
-              std::tuple(bits, high, int32_t(bits), int16_t(high >> 16))) << std::hex << bits;
-  }
-  String shorter = u"A", longer = u"ABxyz", unmapped = u"A中";
+  String shorter = u"A", unmapped = u"A中";
   EXPECT_EQ(s->ConvCVL(shorter), 65) << "missing bytes read as zero";
-  EXPECT_EQ(s->ConvCVI(longer), 0x4241) << "extra bytes are ignored";
   EXPECT_EQ(s->ConvCVL(unmapped), 0x3F41) << "a character the code page lacks reads as '?'";
   EXPECT_EQ(unmapped, u"A?") << "the ANSI round trip is written back";
-}
-
-TEST_F(StringOps, ConvWin2DosIsVarEQAndStrToVarNullKeepTheirOddCorners) {
   String source = u"Привет", dest = u"old";
   EXPECT_TRUE(s->ConvWin2Dos(source, dest));
   EXPECT_EQ(StringToAnsi(dest), (std::vector<uint8_t>{0x8F, 0xE0, 0xA8, 0xA2, 0xA5}))
       << "written through the ANSI code page, the text gives the OEM codes of \"Приве\"";
   source = u"";
-  EXPECT_FALSE(s->ConvWin2Dos(source, dest)) << "the empty string fails quietly";
-  EXPECT_EQ(dest, u"");
+  EXPECT_TRUE(!s->ConvWin2Dos(source, dest) && dest.empty()) << "the empty string fails quietly";
   const Variant empty, null = Variant::Null(), array(SafeArray::FromStrings({u"a"}));
   EXPECT_TRUE(s->IsVarEQ(empty, empty) && s->IsVarEQ(null, null) && s->IsVarEQ(int16_t{1}, 1.0));
   EXPECT_FALSE(s->IsVarEQ(null, empty) || s->IsVarEQ(0, empty) || s->IsVarEQ(u"", empty));
   EXPECT_FALSE(s->IsVarEQ(u"a", u"A") || s->IsVarEQ(u"1", 1)) << "strings equal only strings";
   EXPECT_FALSE(s->IsVarEQ(array, array)) << "arrays cannot be compared";
-  EXPECT_TRUE(s->StrToVarNull(u"").isNull() && s->StrToVarNull(5).isNull());
-  EXPECT_EQ(s->StrToVarNull(u"abcdef", 3), Variant(u"abc"));
   EXPECT_EQ(s->StrToVarNull(u"  "), Variant(u"  ")) << "spaces are not blank";
 }
 
-TEST(StringByName, TakesItsOwnParameterNamesWritesArgumentsBackAndComesNewFromTheRoot) {
+TEST(StringByName, TakesItsOwnParameterNamesAndWritesArgumentsBack) {
   Ref<Object> s = CreateObject(u"TSRuntimeLib.clsZKString");
   std::vector<Argument> args = {{u"Expression", u"a-b-c"}, {u"FilteringStr", u"-"},
                                 {u"Iclude", true}, {u"SelStart", 3}};
@@ -261,20 +230,9 @@ TEST(StringByName, TakesItsOwnParameterNamesWritesArgumentsBackAndComesNewFromTh
   EXPECT_EQ(Call(s, u"ConvWin2Dos", args), Variant(true));
   EXPECT_EQ(args[0].value, Variant(u"?ab")) << "the ANSI round trip of the source";
   EXPECT_EQ(args[1].value, Variant(u"?a"));
-  args = {{u"", u"a.b.c"}, {u"SepStr", u"."}, {u"InstrLeft", true}, {u"SepInclude", true}};
-  EXPECT_EQ(Call(s, u"GetRight", args), Variant(u".b.c"));
-  args = {{u"", u"abc"}, {u"", u"b"}, {u"SearchLen", -7}};
-  testing::ExpectError([&] { Call(s, u"InstrRight", args); }, xcZKERR_STRING_INSTRRIGHT,
-                       u"ZKRuntimeLib.clsZKString.InstrRight", u"SearchLen = -7", "InstrRight");
   args = {{u"", u"abc"}, {u"", u"b"}, {u"Include", true}};
   ExpectRuntimeError([&] { Call(s, u"Filter", args); }, RuntimeError::kNamedArgumentNotFound,
                      "the parameter is Iclude");
-  Ref<Object> root = CreateObject(u"TSRuntimeLib.clsZKRunTimeLib");
-  std::vector<Argument> none;
-  const Variant one = Call(root, u"GetObjString", none), two = Call(root, u"GetObjString", none);
-  EXPECT_EQ(one.asObject()->classInfo().name, u"clsZKString");
-  EXPECT_NE(one.asObject().get(), two.asObject().get()) << "a new object on every read";
-  EXPECT_EQ(Call(root, u"GetObjArray", none).asObject()->classInfo().name, u"clsZKArray");
 }
 
 }  // namespace
