@@ -56,7 +56,6 @@ std::string Show(const Variant& v) {
 }
 
 struct CallRow {
-  const char* what;
   const char16_t* member;
   std::vector<Argument> args;
   // The result or "error N", then each argument the call changed ("#1 Long 6") and each
@@ -68,44 +67,37 @@ struct CallRow {
 TEST(Invoke, BindsCoercesWritesArgumentsBackAndKeepsErrors) {
   ScopedLocale l("ru_RU");
   const Variant missing = Variant::Missing();
+  const InvokeKind let = InvokeKind::kLet;
   const CallRow rows[] = {
-      {"defaults for both optionals", u"Repeat", {Pos(u"ab")}, "String ab-ab"},
-      {"a named argument skipping one, in another case", u"Repeat",
-       {Pos(u"ab"), Named(u"sEPARATOR", u"+")}, "String ab+ab"},
-      {"only named arguments, out of order, the member in another case", u"rEPEAT",
-       {Named(u"Separator", u"/"), Named(u"Count", int32_t{3}), Named(u"Text", u"x")},
+      // Optional arguments take their defaults when left out or Missing; names match in any
+      // case, in any order, once each.
+      {u"Repeat", {Pos(u"ab")}, "String ab-ab"},
+      {u"Repeat", {Pos(u"ab"), Named(u"sEPARATOR", u"+")}, "String ab+ab"},
+      {u"rEPEAT", {Named(u"Separator", u"/"), Named(u"Count", int32_t{3}), Named(u"Text", u"x")},
        "String x/x/x"},
-      {"Missing counts as left out", u"Repeat", {Pos(u"ab"), Pos(missing), Pos(u"+")},
-       "String ab+ab"},
-      {"Missing for a required argument", u"Repeat", {Pos(missing)}, "error 449"},
-      {"one argument too many", u"Repeat",
-       {Pos(u"a"), Pos(int16_t{1}), Pos(u"+"), Pos(int16_t{4})}, "error 450"},
-      {"an unknown argument name", u"Repeat", {Pos(u"ab"), Named(u"Sep", u"+")}, "error 448"},
-      {"a position for a parameter given by name", u"Repeat",
-       {Named(u"Text", u"b"), Pos(u"a")}, "error 448"},
-      {"an unknown member", u"NoSuchMember", {}, "error 438"},
-      {"text 3 to Integer, not converted in place", u"Repeat", {Pos(u"ab"), Pos(u"3")},
-       "String ab-ab-ab"},
-      {"text x to Integer", u"Repeat", {Pos(u"ab"), Pos(u"x")}, "error 13"},
-      // An object where a value is declared is its default member.
-      {"an object to String and to Integer", u"Repeat",
-       {Pos(Described(u"ab")), Pos(Described(u"3"))}, "String ab-ab-ab"},
-      // Written back in the declared type; by-value and left-out arguments stay as they were.
-      {"a by-reference Long", u"Increment", {Pos(int32_t{5})}, "Long 6 | #1 Long 6"},
-      {"text into a by-reference Long", u"Increment", {Pos(u"41")}, "Long 42 | #1 Long 42"},
-      {"named, out of order", u"Increment", {Named(u"By", int32_t{10}), Named(u"value", 1.0)},
-       "Long 11 | #2 Long 11"},
-      {"an optional pointer given a value", u"TryHalve", {Pos(int32_t{9}), Named(u"Half", 0.0)},
-       "Boolean True | #2 Long 4"},
-      {"a by-reference default given Missing", u"Increment", {Pos(missing)}, "Long 11"},
-      {"a failing call writes nothing back", u"Increment", {Pos(int16_t{5}), Pos(u"x")},
-       "error 13"},
+      {u"Repeat", {Pos(u"ab"), Pos(missing), Pos(u"+")}, "String ab+ab"},
+      {u"Repeat", {Pos(missing)}, "error 449"},
+      {u"Repeat", {Pos(u"a"), Pos(int16_t{1}), Pos(u"+"), Pos(int16_t{4})}, "error 450"},
+      {u"Repeat", {Pos(u"ab"), Named(u"Sep", u"+")}, "error 448"},
+      {u"Repeat", {Named(u"Text", u"b"), Pos(u"a")}, "error 448"},  // Text given twice
+      {u"NoSuchMember", {}, "error 438"},
+      // Coerced to the declared type, not in place; an object is its default member.
+      {u"Repeat", {Pos(u"ab"), Pos(u"3")}, "String ab-ab-ab"},
+      {u"Repeat", {Pos(u"ab"), Pos(u"x")}, "error 13"},
+      {u"Repeat", {Pos(Described(u"ab")), Pos(Described(u"3"))}, "String ab-ab-ab"},
+      // Written back in the declared type; by-value and left-out arguments stay as they were,
+      // and a failing call writes nothing back.
+      {u"Increment", {Pos(int32_t{5})}, "Long 6 | #1 Long 6"},
+      {u"Increment", {Pos(u"41")}, "Long 42 | #1 Long 42"},
+      {u"Increment", {Named(u"By", int32_t{10}), Named(u"value", 1.0)}, "Long 11 | #2 Long 11"},
+      {u"TryHalve", {Pos(int32_t{9}), Named(u"Half", 0.0)}, "Boolean True | #2 Long 4"},
+      {u"Increment", {Pos(missing)}, "Long 11"},
+      {u"Increment", {Pos(int16_t{5}), Pos(u"x")}, "error 13"},
       // A let's value is its last positional argument, whatever optional index comes first.
-      {"a let of the value alone", u"Tag", {Pos(u"v")}, "Empty | key=v", InvokeKind::kLet},
-      {"a let with an index", u"Tag", {Pos(u"ab"), Pos(u"w")}, "Empty | ab=w", InvokeKind::kLet},
-      {"a let with a named index", u"Tag", {Pos(u"w"), Named(u"Key", u"k")}, "Empty | k=w",
-       InvokeKind::kLet},
-      {"a let of a method", u"Repeat", {Pos(u"x")}, "error 438", InvokeKind::kLet},
+      {u"Tag", {Pos(u"v")}, "Empty | key=v", let},
+      {u"Tag", {Pos(u"ab"), Pos(u"w")}, "Empty | ab=w", let},
+      {u"Tag", {Pos(u"w"), Named(u"Key", u"k")}, "Empty | k=w", let},
+      {u"Repeat", {Pos(u"x")}, "error 438", let},
   };
   for (const CallRow& row : rows) {
     auto probe = New<clsDispatchProbe>();
@@ -116,7 +108,7 @@ TEST(Invoke, BindsCoercesWritesArgumentsBackAndKeepsErrors) {
       got += " | #" + std::to_string(i + 1) + " " + Show(args[i].value);
     }
     for (const auto& [key, value] : probe->tags_) got += " | " + U8(key) + "=" + U8(value);
-    EXPECT_EQ(got, row.outcome) << row.what;
+    EXPECT_EQ(got, row.outcome) << "row " << &row - rows;
   }
 }
 

@@ -137,28 +137,12 @@ TEST(ErrorCollection, PacksRecordsAsTheStringFunctionsDoAndAppendsWhatItUnpacks)
   }
 }
 
-// A caught Error, or any object with Number and Description, adds a record; other
-// values add nothing.
-TEST(ErrorCollection, AddsACaughtErrorsNumberAndDescription) {
-  auto errors = New<clsTSErrors>();
-  errors->AddAsError(Error(-2147220803, u"ZKRuntimeLib.clsZKString.InstrRight", u"SearchLen = -5",
-                           u"help.hlp", 12));
-  errors->AddAsError(Variant(New<ErrObject>(Error(53, u"src", u"File not found"))));
-  auto record = New<clsTSError>();
-  record->LetNumber(8);
-  record->LetDescription(u"any object");
-  for (const Variant& v : {Variant(record), Variant(u"not an object"), Variant::Nothing(),
-                           Variant(New<clsTSErrors>())}) {
-    errors->AddAsError(v);
-  }
-  EXPECT_EQ(Records(*errors), "-2147220803|SearchLen = -5\n53|File not found\n8|any object\n");
-}
-
 // Late bound: defaults, named arguments, the default members, and a record where text is
 // declared (its Description). Nothing cannot be text: Add fails with 91 before a record
-// is made, GetAsText skips it as it skips any failure.
-TEST(ErrorCollection, LateBoundTakesNamedArgumentsDefaultsAndARecordAsText) {
-  Ref<Object> errors = CreateObject(u"TSRuntimeLib.clsTSErrors");
+// is made, GetAsText skips it as it skips any failure. A caught Error, or any object with
+// Number and Description, adds a record; other values add nothing.
+TEST(ErrorCollection, AddsErrorsAndTakesNamedArgumentsDefaultsAndARecordAsText) {
+  auto errors = New<clsTSErrors>();
   auto call = [](Object& o, StringView member, std::vector<Argument> args,
                  InvokeKind kind = InvokeKind::kCall) { return Invoke(o, member, kind, args); };
   call(*errors, u"Add", {{u"Number", Variant(int32_t{4})}});
@@ -170,10 +154,15 @@ TEST(ErrorCollection, LateBoundTakesNamedArgumentsDefaultsAndARecordAsText) {
   call(*second, u"Description", {{u"", testing::Described(u"E")}}, InvokeKind::kLet);
   EXPECT_EQ(U8(ToString(InvokeDefault(*second, none))), "E");
   call(*errors, u"AddAsError", {{u"", Variant(New<ErrObject>(Error(9, u"", u"late")))}});
+  errors->AddAsError(Error(-5, u"ZKRuntimeLib.clsZKString.InstrRight", u"caught", u"a.hlp", 12));
+  for (const Variant& v : {testing::Described(u"F"), Variant(u"not an object"), Variant::Nothing(),
+                           Variant(New<clsTSErrors>())}) {
+    errors->AddAsError(v);
+  }
   const std::pair<std::vector<Argument>, std::string> texts[] = {
-      {{{u"IncludeNumber", Variant(false)}}, "\r\nE\r\nlate\r\n"},
-      {{{u"Prefix", testing::Described(u">")}}, ">[4] \r\n>E\r\n>[9] late\r\n"},
-      {{{u"Prefix", Variant::Nothing()}}, "[4] \r\nE\r\n[9] late\r\n"},
+      {{{u"IncludeNumber", Variant(false)}}, "\r\nE\r\nlate\r\ncaught\r\nF\r\n"},
+      {{{u"Prefix", testing::Described(u">")}}, ">[4] \r\n>E\r\n>[9] late\r\n>[-5] caught\r\n>F\r\n"},
+      {{{u"Prefix", Variant::Nothing()}}, "[4] \r\nE\r\n[9] late\r\n[-5] caught\r\nF\r\n"},
   };
   for (const auto& [args, text] : texts) {
     EXPECT_EQ(U8(ToString(call(*errors, u"GetAsText", args))), text);

@@ -1,24 +1,120 @@
-// The interactive session in a real terminal: tmux runs `tsrt` in a pseudo-terminal (as an
-// ordinary user where the tests can start one), keys go in through send-keys and the
-// screen comes back through capture-pane. Completion, history across sessions and the
-// private data folder are checked as a user meets them.
+// The interactive session's history file, and the session in a real terminal: tmux runs
+// `tsrt` in a pseudo-terminal (as an ordinary user where the tests can start one), keys go
+// in through send-keys and the screen comes back through capture-pane. Completion,
+// history across sessions and the private data folder are checked as a user meets them;
+// the file itself keeps the newest lines, replaces itself whole, and leaves links, pipes
+// and folders alone.
+#include <dirent.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <thread>
 
+#include "history_file.h"
 #include "support/child_process.h"
 
+namespace tsrt {
 namespace {
 
 using tsruntime::testing::CanRunAsOrdinaryUser;
 using tsruntime::testing::RunProgram;
 using tsruntime::testing::ThrowawayUid;
+
+// A new empty folder for one test.
+std::string Scratch(const std::string& name) {
+  const std::string dir = ::testing::TempDir() + name + "-" + std::to_string(getpid());
+  RunProgram({"rm", "-rf", dir});
+  mkdir(dir.c_str(), 0755);
+  return dir;
+}
+
+// The permission bits of `path` and whether `uid` owns it, as "0700 mine".
+std::string ModeAndOwner(const std::string& path, uid_t uid = getuid()) {
+  struct stat st;
+  if (lstat(path.c_str(), &st) != 0) return "missing";
+  char mode[8];
+  std::snprintf(mode, sizeof mode, "%04o", st.st_mode & 0777);
+  return std::string(mode) + (st.st_uid == uid ? " mine" : " another's");
+}
+
+TEST(HistoryFile, LivesInTheUsersDataFolder) {
+  const char* const names[] = {"XDG_DATA_HOME", "HOME"};
+  std::optional<std::string> saved[2];
+  for (int i = 0; i < 2; ++i) {
+    if (const char* value = std::getenv(names[i])) saved[i] = value;
+  }
+  const std::pair<const char*, const char*> rows[] = {  // XDG_DATA_HOME (null: unset), path
+      {"/data/", "/data/tsruntime/tsrt_history"},
+      {"relative", "/home/u/.local/share/tsruntime/tsrt_history"},
+      {nullptr, "/home/u/.local/share/tsruntime/tsrt_history"},
+  };
+  setenv("HOME", "/home/u", 1);
+  for (const auto& [xdg, path] : rows) {
+    xdg ? setenv("XDG_DATA_HOME", xdg, 1) : unsetenv("XDG_DATA_HOME");
+    EXPECT_EQ(HistoryFile::DefaultPath().value_or("none"), path) << (xdg ? xdg : "unset");
+  }
+  for (int i = 0; i < 2; ++i) saved[i] ? setenv(names[i], saved[i]->c_str(), 1) : unsetenv(names[i]);
+}
+
+// With a lax umask every folder made is private all the same.
+TEST(HistoryFile, KeepsTheNewestLinesInPrivateFolders) {
+  const std::string scratch = Scratch("history");
+  const mode_t umask_before = umask(022);
+  const std::string folder = scratch + "/a/b/tsruntime", path = folder + "/tsrt_history";
+  const HistoryFile history(path);
+  EXPECT_TRUE(history.Load().empty());
+  ASSERT_TRUE(history.Append("? 1"));
+  {
+    std::ofstream more(path, std::ios::app);  // as if another session had added lines
+    for (size_t i = 2; i <= HistoryFile::kKept + 1; ++i) more << "? " << i << "\r\n\n";
+  }
+  ASSERT_TRUE(history.Append("? last"));
+  const std::vector<std::string> lines = history.Load();
+  ASSERT_EQ(lines.size(), HistoryFile::kKept);
+  EXPECT_EQ(lines.front() + "," + lines[lines.size() - 2] + "," + lines.back(), "? 3,? 1001,? last");
+  std::vector<std::string> beside;  // no file left beside it
+  if (DIR* d = opendir(folder.c_str())) {
+    while (const dirent* e = readdir(d)) beside.emplace_back(e->d_name);
+    closedir(d);
+  }
+  EXPECT_EQ(beside.size(), 3u);
+  for (const std::string& f : {scratch + "/a", scratch + "/a/b", folder, path}) {
+    EXPECT_EQ(ModeAndOwner(f), f == path ? "0600 mine" : "0700 mine") << f;
+  }
+  umask(umask_before);
+  RunProgram({"rm", "-rf", scratch});
+}
+
+TEST(HistoryFile, LeavesAnythingButARegularFileAlone) {
+  const std::string scratch = Scratch("history-odd");
+  std::ofstream(scratch + "/target") << "kept\n";
+  const std::vector<std::string> makers[] = {
+      {"mkfifo"}, {"ln", "-s", scratch + "/target"}, {"mkdir"}};  // each given the path
+  for (const auto& maker : makers) {
+    const std::string path = scratch + "/history-" + maker[0];
+    std::vector<std::string> make = maker;
+    make.push_back(path);
+    ASSERT_EQ(RunProgram(make).exit_code, 0) << maker[0];
+    struct stat before, after;
+    ASSERT_EQ(lstat(path.c_str(), &before), 0);
+    const HistoryFile history(path);
+    EXPECT_TRUE(history.Load().empty()) << maker[0];
+    EXPECT_FALSE(history.Append("? 1")) << maker[0];
+    ASSERT_EQ(lstat(path.c_str(), &after), 0);
+    EXPECT_EQ(after.st_mode, before.st_mode) << maker[0];
+    EXPECT_EQ(after.st_ino, before.st_ino) << maker[0];
+  }
+  std::ifstream target(scratch + "/target");
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(target), {}), "kept\n");
+  RunProgram({"rm", "-rf", scratch});
+}
 
 class Terminal {
  public:
@@ -82,9 +178,7 @@ class Terminal {
 // Each line is typed once its prompt is on the screen: keys typed before it would be
 // echoed out of place.
 TEST(TerminalSession, CompletesNamesRecallsHistoryAndKeepsItPrivately) {
-  const std::string scratch = testing::TempDir() + "tsrt-terminal-" + std::to_string(getpid());
-  ASSERT_EQ(RunProgram({"rm", "-rf", scratch}).exit_code, 0);
-  ASSERT_EQ(mkdir(scratch.c_str(), 0755), 0);
+  const std::string scratch = Scratch("tsrt-terminal");
   std::vector<std::string> tsrt;
   if (CanRunAsOrdinaryUser()) {
     const std::string id = std::to_string(ThrowawayUid());
@@ -98,28 +192,28 @@ TEST(TerminalSession, CompletesNamesRecallsHistoryAndKeepsItPrivately) {
   {
     Terminal t(scratch + "/tmux", tsrt);
     ASSERT_TRUE(t.started()) << "tmux is needed (scripts/install-deps.sh installs it)";
-    ASSERT_THAT(t.WaitFor("\n>"), testing::HasSubstr("Tab completes, Ctrl-D ends.\n>"));
+    ASSERT_THAT(t.WaitFor("\n>"), ::testing::HasSubstr("Tab completes, Ctrl-D ends.\n>"));
     t.Send("Set s = CreateObject(\"TSRuntimeLib.clsZKStr", {"Tab"});
-    EXPECT_THAT(t.WaitFor("clsZKString"), testing::HasSubstr("(\"TSRuntimeLib.clsZKString"));
+    EXPECT_THAT(t.WaitFor("clsZKString"), ::testing::HasSubstr("(\"TSRuntimeLib.clsZKString"));
     t.Send("\")");
     t.WaitFor("\n>", 2);
     t.Send("? \"ёж\" & s.InstrR", {"Tab"});  // a letter of two bytes before the word
     t.Send("(\"a.b.c\", \".\")");
     EXPECT_THAT(t.WaitFor("\n\"ёж4\"\n"),
-                testing::HasSubstr("> ? \"ёж\" & s.InstrRight(\"a.b.c\", \".\")\n"));
+                ::testing::HasSubstr("> ? \"ёж\" & s.InstrRight(\"a.b.c\", \".\")\n"));
     t.WaitFor("\n>", 3);
     t.Send("? s.ConvCV", {"Tab", "Tab"});
-    EXPECT_THAT(t.WaitFor("ConvCVS"), testing::HasSubstr("ConvCVD"))
+    EXPECT_THAT(t.WaitFor("ConvCVS"), ::testing::HasSubstr("ConvCVD"))
         << "a second Tab lists the candidates";
     t.Send("", {"C-u"});
     t.Send("x = s.Filter(\"a-b-c\", \"-\", sel", {"Tab"});
     t.Send("4)");
-    EXPECT_THAT(t.WaitFor("SelStart = 2"), testing::HasSubstr("\"-\", SelStart:=4)\n"));
+    EXPECT_THAT(t.WaitFor("SelStart = 2"), ::testing::HasSubstr("\"-\", SelStart:=4)\n"));
     t.WaitFor("\n>", 4);
     t.Send("? x; &H8000&");
     t.WaitFor("\n>", 5);
     t.Send("", {"Up", "Enter"});
-    EXPECT_THAT(t.WaitFor("\"abc\" 32768", 2), testing::HasSubstr("> ? x; &H8000&\n\"abc\" 32768\n"))
+    EXPECT_THAT(t.WaitFor("\"abc\" 32768", 2), ::testing::HasSubstr("> ? x; &H8000&\n\"abc\" 32768\n"))
         << "Up recalls the line before";
     t.Send("", {"C-d"});
     EXPECT_TRUE(t.Ended()) << "Ctrl-D ends the session";
@@ -130,20 +224,19 @@ TEST(TerminalSession, CompletesNamesRecallsHistoryAndKeepsItPrivately) {
             "? \"ёж\" & s.InstrRight(\"a.b.c\", \".\")\n"
             "x = s.Filter(\"a-b-c\", \"-\", SelStart:=4)\n"
             "? x; &H8000&\n");
-  struct stat st;
+  const uid_t user = CanRunAsOrdinaryUser() ? ThrowawayUid() : getuid();
   for (const std::string& file : {scratch + "/data", data, data + "/tsruntime", history}) {
-    ASSERT_EQ(stat(file.c_str(), &st), 0) << file;
-    EXPECT_EQ(st.st_mode & 0777, file == history ? 0600u : 0700u) << file;
-    EXPECT_EQ(st.st_uid, CanRunAsOrdinaryUser() ? ThrowawayUid() : getuid()) << file;
+    EXPECT_EQ(ModeAndOwner(file, user), file == history ? "0600 mine" : "0700 mine") << file;
   }
   {
     Terminal t(scratch + "/tmux", tsrt);
     t.WaitFor("\n>");
     t.Send("", {"Up"});
-    EXPECT_THAT(t.WaitFor("> ? x; &H8000&"), testing::HasSubstr("\n> ? x; &H8000&"))
+    EXPECT_THAT(t.WaitFor("> ? x; &H8000&"), ::testing::HasSubstr("\n> ? x; &H8000&"))
         << "the next session recalls the last";
   }
   RunProgram({"rm", "-rf", scratch});
 }
 
 }  // namespace
+}  // namespace tsrt
