@@ -28,7 +28,7 @@ TEST(Tsrt, PrintsResultsWrittenBackArgumentsAndFailuresWithTheirStatus) {
   // The output: standard output, then standard error.
   const struct { const char* args; int code; std::string output; } cases[] = {
       {"call clsZKRunTimeLib Init", 0, "True\n"},
-      {"call TSRuntimeLib.clsZKRunTimeLib Language = 1 : Language", 0, "1\n"},
+      {"call TSRuntimeLib.clsZKRunTimeLib Language = 1 : Language", 0, "1\n"},  // declared Long
       {"call clszkruntimelib language = 40000.5 : LANGUAGE", 0, "40000\n"},
       {R"(call clsZKString filter selstart:=3 'FilteringStr:="-"' 'Expression:="a-b"')", 0,
        "\"ab\"\nSelStart = 2\n"},
@@ -39,11 +39,6 @@ TEST(Tsrt, PrintsResultsWrittenBackArgumentsAndFailuresWithTheirStatus) {
       // the user-interface module, loaded on first use, with no display and quietly
       {"call CTimer Interval = 100 : Interval : Enabled = False : Enabled = True : Interval", 0,
        "100\n0\n"},
-      // a declared Double -0 keeps its mark, or it would read back as the Integer 0
-      {"call clsZKString ConvCVD 'ChrW(0) & ChrW(0) & ChrW(0) & ChrW(0) & ChrW(0) & ChrW(0) & "
-       "ChrW(0) & Chr(128)'", 0,
-       "-0#\nExpression = ChrW(0) & ChrW(0) & ChrW(0) & ChrW(0) & ChrW(0) & ChrW(0) & ChrW(0) & "
-       "\"Ђ\"\n"},
       {"call clsTSErrors on error resume next : Item 0 = 5 : Nope : AddAsError Err : Count", 0,
        "1\n"},
       {"call clsZKRunTimeLib Language = 1 : Language : Nope", 1, "1\n" + k438},
@@ -51,10 +46,8 @@ TEST(Tsrt, PrintsResultsWrittenBackArgumentsAndFailuresWithTheirStatus) {
        "Error 429 (ZKRuntimeLib): ActiveX component can't create object\n"},
       {"frobnicate", 2, "tsrt: unknown command frobnicate"},
       {"call clsZKRunTimeLib", 2, "tsrt: wrong number of words after call"},
-      {"enums xeNope", 2, "tsrt: no enumeration named xeNope (tsrt enums lists them)"},
       {"call clsZKRunTimeLib Init абв", 2,
        "tsrt: cannot read the argument абв: unexpected character 'а' at column 1"},
-      {"call clsZKRunTimeLib Language = 1 2", 2, "tsrt: '=' takes exactly one value"},
       {"let clsZKRunTimeLib Language RHS:=1", 2,
        "tsrt: the assigned value cannot be a named argument"},
       // every argument is read before the first statement runs
@@ -79,15 +72,15 @@ TEST(Tsrt, ListsClassesMembersEnumerationsAndHelp) {
                    "Enumerator         TSRuntimeLib.Enumerator  (not creatable)\n"}},
       {"members TSRuntimeLib.clsZKDictionary",
        {"Class clsZKDictionary  ' TSRuntimeLib.clsZKDictionary, enumerable with For Each\n",
-        "\n  Property Set Data(ByVal Item As Variant, ByVal vData As Variant)  ' default member\n"
-        "    ' The value of the key or zero-based index Item, or Nothing; the default member. ",
         "\n  Function NewEnum() As Enumerator  ' the enumerator For Each uses\n"}},
       {"members clszkstring",
        {"\n  Function Filter(ByVal Expression As String, ByVal FilteringStr As String, [ByVal "
         "Iclude As Boolean = False], [ByVal CompareType As Long = 0], [ByRef SelStart As Long]) "
         "As String\n    ' Keeps (Iclude True) or drops ",
         "\n  Function ArraySplit(ByVal DataString As String) As String()\n    ' Unpacks "}},
-      {"enums xeZK_INTERFACE_LANGUAGE", {"Enum xeZK_INTERFACE_LANGUAGE\n  ' The thread's "}},
+      {"enums xeZK_INTERFACE_LANGUAGE",
+       {"Enum xeZK_INTERFACE_LANGUAGE\n  ' The thread's interface language, clsZKRunTimeLib."
+        "Language.\n  xcZKLANG_RUS = 0\n    ' Russian texts.\n  xcZKLANG_ENG = 1\n"}},
       {"--help", {"tsrt call CLASS MEMBER [ARG ...]", "Name:=literal"}}};
   for (const auto& c : cases) {
     const ChildResult r = Tsrt(c.args);
@@ -105,8 +98,6 @@ TEST(Tsrt, APipedScriptGivesWhatCallGives) {
     const char* script;  // after "Set o = New CLASS"
   } rows[] = {
       {R"(clsZKString Filter '"a-b-c"' '"-"' SelStart:=4)", R"(? o.Filter("a-b-c", "-", SelStart:=4))"},
-      {R"(clsTSErrors On Error Resume Next : Nope : AddAsError Err : GetAsText '"> "')",
-       "On Error Resume Next : o.Nope : o.AddAsError Err : ? o.GetAsText(\"> \")"},
       {"clsZKRunTimeLib Language : Nope", "? o.Language : o.Nope"},
   };
   for (const auto& r : rows) {
@@ -134,8 +125,8 @@ TEST(Tsrt, TheErrorReportGoesToStandardErrorInTheTerminalsCharacterSet) {
   const std::string dir = ::testing::TempDir() + "locales-" + std::to_string(getpid());
   const std::string report = "Программа:\tСклад\r\n\r\n  --> [5] Нет файла\r\n";
   const ChildResult expected = RunProgram(
-      {"sh", "-c", "mkdir -p " + dir + " && localedef -i ru_RU -f KOI8-R " + dir +
-                       "/ru_RU.KOI8-R >/dev/null 2>&1 && printf '%s' '" + report + "' | iconv -t KOI8-R"});
+      {"sh", "-c", "mkdir -p " + dir + " && localedef -i ru_RU -f KOI8-R " + dir + "/ru_RU.KOI8-R" +
+                       " >/dev/null 2>&1 && printf '%s' '" + report + "' | iconv -t KOI8-R"});
   ASSERT_EQ(expected.exit_code, 0) << "localedef, iconv and the locales package are needed";
   const std::string call =
       R"(call clsTSErrors ProgramName = '"Склад"' : Add '"Нет файла"' 5 : ShowErrorMessage)";
