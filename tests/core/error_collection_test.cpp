@@ -1,26 +1,28 @@
-// The error collection: records and their texts, the index rule, references, packing
-// and unpacking against hand-made texts, and the report that ShowErrorMessage builds.
+// Errors: the library's error codes and the forms in which every class raises them; the
+// error collection: records and their texts, the index rule, references, packing and
+// unpacking against hand-made texts, late binding, and the report ShowErrorMessage builds.
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <new>
 
 #include "tsruntime/error_report.h"
 #include "support/described_object.h"
 #include "support/outcome.h"
 #include "tsruntime/automation/err_object.h"
 #include "tsruntime/clsTSErrors.h"
+#include "tsruntime/errors.h"
 
 namespace tsruntime {
 namespace {
 
+using testing::Num;
 using testing::U8;
 
 const String kBel(1, u'\a');
 
 // "number|description" of a record, or "Nothing".
 std::string Show(const Ref<clsTSError>& e) {
-  if (!e) return "Nothing";
-  return std::to_string(e->Number()) + "|" + U8(e->Description());
+  return e ? std::to_string(e->Number()) + "|" + U8(e->Description()) : "Nothing";
 }
 
 // The collection's records as "number|description" lines.
@@ -36,94 +38,64 @@ Ref<clsTSErrors> WithRecords(std::initializer_list<std::pair<int32_t, String>> r
   return errors;
 }
 
-TEST(ErrorRecord, RendersItsTextWithTheNumberInBracketsUnlessItIsZero) {
-  struct Row { const char* what; int32_t number; String description; bool include; std::string text;
-      } rows[] = {
-      {"a number is shown in brackets", 5, u"Нет файла", true, "[5] Нет файла"},
-      {"a negative number too", -2147220803, u"D", true, "[-2147220803] D"},
-      {"number 0 shows the description alone", 0, u"D", true, "D"},
-      {"IncludeNumber False drops the number", 5, u"D", false, "D"},
-      {"an empty description keeps the bracket and space", 7, u"", true, "[7] "},
+// A record read from "number BEL description" into one that held 9|old: a piece that is
+// missing or does not convert leaves the old value, a third piece is dropped, and the
+// number reads as the host runtime reads numbers.
+TEST(ErrorRecord, ReadsNumberBelDescription) {
+  const std::pair<String, std::string> rows[] = {
+      {u"", "9|old"}, {u"5" + kBel + u"Нет", "5|Нет"}, {u"12", "12|"},
+      {u"5" + kBel + u"a" + kBel + u"b", "5|a"}, {u"x" + kBel + u"D", "9|D"},
+      {u"2147483648" + kBel + u"D", "9|D"}, {u" &H10 " + kBel + u"D", "16|D"},
   };
-  for (const Row& r : rows) {
-    auto e = New<clsTSError>();
-    e->LetNumber(r.number);
-    e->LetDescription(r.description);
-    EXPECT_EQ(U8(e->GetText(r.include)), r.text) << r.what;
-    EXPECT_EQ(e->ToString(), FromAscii(std::to_string(r.number)) + kBel + r.description) << r.what;
-  }
-}
-
-TEST(ErrorRecord, ReadsNumberBelDescriptionKeepingWhatDoesNotConvert) {
-  struct Row {
-    const char* what;
-    String data;
-    std::string record;  // starting from 9|old
-  } rows[] = {
-      {"an empty text changes nothing", u"", "9|old"},
-      {"number and description", u"5" + kBel + u"Нет", "5|Нет"},
-      {"no BEL: the description becomes empty", u"12", "12|"},
-      {"a third piece is dropped", u"5" + kBel + u"a" + kBel + u"b", "5|a"},
-      {"a number that is not one keeps the old number", u"x" + kBel + u"D", "9|D"},
-      {"a number beyond a Long keeps the old number", u"2147483648" + kBel + u"D", "9|D"},
-      {"numbers read as the host runtime reads them", u" &H10 " + kBel + u"D", "16|D"},
-      {"a leading BEL leaves the number alone", kBel + u"D", "9|D"},
-  };
-  for (const Row& r : rows) {
+  for (const auto& [data, record] : rows) {
     auto e = New<clsTSError>();
     e->LetNumber(9);
     e->LetDescription(u"old");
-    EXPECT_TRUE(e->ToObject(r.data)) << r.what;
-    EXPECT_EQ(Show(e), r.record) << r.what;
+    EXPECT_TRUE(e->ToObject(data)) << U8(data);
+    EXPECT_EQ(Show(e), record) << U8(data);
   }
 }
 
-TEST(ErrorCollection, StartsEmptyAndRendersEachRecordOnItsOwnLine) {
-  auto errors = New<clsTSErrors>();
-  EXPECT_FALSE(errors->HasErrors());
-  EXPECT_EQ(errors->Count(), 0);
-  EXPECT_EQ(errors->GetAsText(), u"");
-  EXPECT_EQ(errors->ToString(), u"");
-
-  errors->Add(u"D", 5);
-  errors->Add(u"Без номера");
-  EXPECT_TRUE(errors->HasErrors());
-  struct Row { const char* what; Variant prefix; bool include; String text; } rows[] = {
-      {"no prefix", Variant::Missing(), true, u"[5] D\r\nБез номера\r\n"},
-      {"without numbers", Variant::Missing(), false, u"D\r\nБез номера\r\n"},
-      {"the report's prefix", Variant(u"  --> "), true, u"  --> [5] D\r\n  --> Без номера\r\n"},
-      {"a number prefix as text", Variant(int32_t{1}), true, u"1[5] D\r\n1Без номера\r\n"},
-      {"a Null prefix cannot be text and is left out", Variant::Null(), true,
-       u"[5] D\r\nБез номера\r\n"},
+TEST(ErrorCollection, RendersEachRecordOnItsOwnLineAndClearKeepsTheContext) {
+  auto errors = WithRecords({{5, u"D"}, {0, u"Без номера"}});
+  // The prefix as text (Null cannot be: left out), then the record's text: the number
+  // in brackets unless it is 0 or left out.
+  const std::tuple<Variant, bool, String> rows[] = {
+      {Variant::Missing(), true, u"[5] D\r\nБез номера\r\n"},
+      {Variant::Missing(), false, u"D\r\nБез номера\r\n"},
+      {Variant(u"  --> "), true, u"  --> [5] D\r\n  --> Без номера\r\n"},
+      {Variant(int32_t{1}), true, u"1[5] D\r\n1Без номера\r\n"},
+      {Variant::Null(), true, u"[5] D\r\nБез номера\r\n"},
   };
-  for (const Row& r : rows) EXPECT_EQ(errors->GetAsText(r.prefix, r.include), r.text) << r.what;
+  for (const auto& [prefix, include, text] : rows) {
+    EXPECT_EQ(U8(errors->GetAsText(prefix, include)), U8(text));
+  }
+  EXPECT_TRUE(errors->HasErrors());
+  errors->LetModuleName(u"M");
+  errors->Clear();
+  EXPECT_FALSE(errors->HasErrors());
+  EXPECT_EQ(errors->GetAsText() + errors->ToString() + errors->ModuleName(), u"M");
 }
 
 TEST(ErrorCollection, TakesAnIndexThatIsNumericAndInRangeAndNothingElse) {
   auto errors = WithRecords({{10, u"ten"}, {20, u"twenty"}});
-  struct Row { const char* what; Variant index; std::string record; } rows[] = {
-      {"index 0 is the first record", Variant(int16_t{0}), "10|ten"},
-      {"index 1 the second", Variant(int32_t{1}), "20|twenty"},
-      {"Count is past the end", Variant(int32_t{2}), "Nothing"},
-      {"-1 is before the start", Variant(int32_t{-1}), "Nothing"},
-      {"text that reads as a number counts", Variant(u"1"), "20|twenty"},
-      {"text that does not is no index", Variant(u"x"), "Nothing"},
-      {"a fraction picks the record it rounds to", Variant(0.5), "10|ten"},
-      {"1.4 rounds down to 1", Variant(1.4), "20|twenty"},
-      {"1.5 rounds to 2, where there is no record", Variant(1.5), "Nothing"},
-      {"-0.4 is below 0", Variant(-0.4), "Nothing"}, {"Empty counts as 0", Variant(), "10|ten"},
-      {"False counts as 0", Variant(false), "10|ten"}, {"True is -1", Variant(true), "Nothing"},
-      {"Null is not numeric", Variant::Null(), "Nothing"},
-      {"a date is not numeric", Variant(Date{1.0}), "Nothing"},
-      {"an object is not numeric", Variant(Ref<Object>(errors)), "Nothing"},
+  // Numeric: numbers (a fraction rounds half to even), Booleans, Empty, text that reads
+  // as a number; not Null, a date or an object.
+  const std::pair<Variant, std::string> rows[] = {
+      {Variant(int16_t{0}), "10|ten"}, {Variant(int32_t{2}), "Nothing"},
+      {Variant(int32_t{-1}), "Nothing"}, {Variant(u"1"), "20|twenty"}, {Variant(u"x"), "Nothing"},
+      {Variant(0.5), "10|ten"}, {Variant(1.5), "Nothing"}, {Variant(-0.4), "Nothing"},
+      {Variant(), "10|ten"}, {Variant(false), "10|ten"}, {Variant(true), "Nothing"},
+      {Variant::Null(), "Nothing"}, {Variant(Date{1.0}), "Nothing"},
+      {Variant(Ref<Object>(errors)), "Nothing"},
   };
-  for (const Row& r : rows) {
-    EXPECT_EQ(Show(errors->Item(r.index)), r.record) << r.what;
-    const bool found = r.record != "Nothing";
-    EXPECT_EQ(errors->GetErrNumber(r.index), found ? std::stoi(r.record) : 0) << r.what;
-    EXPECT_EQ(U8(errors->GetErrDescription(r.index)),
-              found ? r.record.substr(r.record.find('|') + 1) : "")
-        << r.what;
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    SCOPED_TRACE(::testing::Message() << "row " << i);
+    const auto& [index, record] = rows[i];
+    EXPECT_EQ(Show(errors->Item(index)), record);
+    EXPECT_EQ(std::to_string(errors->GetErrNumber(index)) + "|" +
+                  U8(errors->GetErrDescription(index)),
+              record == "Nothing" ? "0|" : record);
   }
 }
 
@@ -133,16 +105,13 @@ TEST(ErrorCollection, HoldsRecordsByReference) {
   errors->AddAsObject(mine);
   mine->LetNumber(3);
   mine->LetDescription(u"later");
-  EXPECT_EQ(errors->Item(Variant(int32_t{0})), mine) << "the caller's object itself";
   EXPECT_EQ(errors->GetAsText(), u"[3] later\r\n") << "changes made later show";
-
   auto other = New<clsTSError>();
-  other->LetDescription(u"other");
   errors->LetItem(Variant(int32_t{1}), other);
-  EXPECT_EQ(Records(*errors), "3|later\n") << "an index past the end replaces nothing";
+  EXPECT_EQ(errors->Count(), 1) << "an index past the end replaces nothing";
   errors->LetItem(Variant(u"0"), other);
-  EXPECT_EQ(errors->Item(Variant(int32_t{0})), other);
-
+  other->LetDescription(u"other");
+  EXPECT_EQ(errors->Item(Variant(int32_t{0})), other) << "the caller's object itself";
   errors->AddAsObject(nullptr);
   EXPECT_EQ(errors->Count(), 2) << "Nothing is a record too";
   EXPECT_EQ(errors->GetAsText(), u"other\r\n") << "and renders as no line";
@@ -154,172 +123,148 @@ TEST(ErrorCollection, PacksRecordsAsTheStringFunctionsDoAndAppendsWhatItUnpacks)
   auto errors = WithRecords({{5, u"D"}, {-1, u"Ошибка"}, {0, u""}});
   const String packed = u"0000000125" + kBel + u"D000000018-1" + kBel + u"Ошибка0000000110" + kBel;
   EXPECT_EQ(errors->ToString(), packed);
-
-  auto copy = WithRecords({{1, u"a"}, {2, u"b"}});
-  EXPECT_FALSE(copy->ToObject(packed)) << "False even when records were read";
-  EXPECT_EQ(Records(*copy), "1|a\n2|b\n5|D\n-1|Ошибка\n0|\n") << "appended after those held";
-
-  struct Row { const char* what; String text; std::string records; } rows[] = {
-      {"an empty text appends nothing", u"", ""},
-      {"a header that is not a number appends nothing", u"abc", ""},
-      {"a header below 9 appends nothing", u"000000001", ""},
-      {"one empty record", u"000000009", "0|\n"},
-      {"a record cut short keeps what is there", u"0000000207" + kBel + u"abc", "7|abc\n"},
-      {"a BEL in a description loses the rest", u"0000000155" + kBel + u"a" + kBel + u"bc",
-       "5|a\n"},
+  // Records are appended after those held; a bad header appends nothing, a record cut
+  // short keeps what is there, a BEL in a description loses the rest.
+  const std::pair<String, std::string> rows[] = {
+      {packed, "1|a\n5|D\n-1|Ошибка\n0|\n"}, {u"", "1|a\n"}, {u"abc", "1|a\n"},
+      {u"000000001", "1|a\n"}, {u"000000009", "1|a\n0|\n"},
+      {u"0000000207" + kBel + u"abc", "1|a\n7|abc\n"},
+      {u"0000000155" + kBel + u"a" + kBel + u"bc", "1|a\n5|a\n"},
   };
-  for (const Row& r : rows) {
-    auto fresh = New<clsTSErrors>();
-    EXPECT_FALSE(fresh->ToObject(r.text)) << r.what;
-    EXPECT_EQ(Records(*fresh), r.records) << r.what;
+  for (const auto& [text, records] : rows) {
+    auto copy = WithRecords({{1, u"a"}});
+    EXPECT_FALSE(copy->ToObject(text)) << U8(text) << ": False even when records were read";
+    EXPECT_EQ(Records(*copy), records) << U8(text);
   }
 }
 
-TEST(ErrorCollection, ClearEmptiesTheRecordsAndKeepsTheContext) {
-  auto errors = WithRecords({{1, u"a"}});
-  errors->LetProgramName(u"P");
-  errors->LetModuleName(u"M");
-  errors->LetFunctionName(u"F");
-  errors->Clear();
-  EXPECT_EQ(errors->Count(), 0);
-  EXPECT_FALSE(errors->HasErrors());
-  EXPECT_EQ(errors->Item(Variant(int32_t{0})), nullptr);
-  EXPECT_EQ(U8(errors->ProgramName() + errors->ModuleName() + errors->FunctionName()), "PMF");
-  errors->Add(u"again", 2);
-  EXPECT_EQ(Records(*errors), "2|again\n");
-}
-
-TEST(ErrorCollection, AddsACaughtErrorsNumberAndDescription) {
+// Late bound: defaults, named arguments, the default members, and a record where text is
+// declared (its Description). Nothing cannot be text: Add fails with 91 before a record
+// is made, GetAsText skips it as it skips any failure. A caught Error, or any object with
+// Number and Description, adds a record; other values add nothing.
+TEST(ErrorCollection, AddsErrorsAndTakesNamedArgumentsDefaultsAndARecordAsText) {
   auto errors = New<clsTSErrors>();
-  const Error caught(-2147220803, u"ZKRuntimeLib.clsZKString.InstrRight", u"SearchLen = -5",
-                     u"help.hlp", 12);
-  errors->AddAsError(caught);
-  errors->AddAsError(Variant(New<ErrObject>(Error(53, u"src", u"File not found"))));
-  auto record = New<clsTSError>();
-  record->LetNumber(8);
-  record->LetDescription(u"any object with the two properties");
-  errors->AddAsError(Variant(record));
-  errors->AddAsError(Variant(u"not an object"));
-  errors->AddAsError(Variant::Nothing());
-  errors->AddAsError(Variant(New<clsTSErrors>()));  // has neither property
-  EXPECT_EQ(Records(*errors),
-            "-2147220803|SearchLen = -5\n53|File not found\n8|any object with the two properties\n");
-
-  std::vector<Argument> args{{u"", Variant(New<ErrObject>(Error(9, u"", u"late")))}};
-  Invoke(*errors, u"AddAsError", InvokeKind::kCall, args);
-  EXPECT_EQ(errors->GetErrNumber(Variant(int32_t{3})), 9) << "late bound as well";
-}
-
-TEST(ErrorCollection, LateBoundWithDefaultsAndTheDefaultMember) {
-  Ref<Object> errors = CreateObject(u"TSRuntimeLib.clsTSErrors");
-  auto call = [&](StringView member, std::vector<Argument> args = {}) {
-    return Invoke(*errors, member, InvokeKind::kCall, args);
-  };
-  call(u"Add", {{u"Number", Variant(int32_t{4})}});
-  call(u"Add", {{u"", Variant(u"D")}});
-  EXPECT_EQ(ToString(call(u"GetAsText", {{u"IncludeNumber", Variant(false)}})), u"\r\nD\r\n");
-  std::vector<Argument> index{{u"", Variant(u"1")}};
-  const Variant second = InvokeDefault(*errors, index);
-  std::vector<Argument> none;
-  EXPECT_EQ(ToString(InvokeDefault(*second.asObject(), none)), u"D")
-      << "the collection's default is Item, the record's Description";
-}
-
-// Where text is declared, a record passed late bound is its Description (the default
-// member). Nothing fails to convert, which these members skip as they skip any failure.
-TEST(ErrorCollection, TakesARecordWhereTextIsExpected) {
-  const Variant d = testing::Described(u"D");
   auto call = [](Object& o, StringView member, std::vector<Argument> args,
                  InvokeKind kind = InvokeKind::kCall) { return Invoke(o, member, kind, args); };
-  const struct {
-    const char* what;
-    std::function<void(clsTSErrors&)> run;
-    std::string text;  // GetAsText afterwards, or with the prefix given
-  } rows[] = {
-      {"Add(record)", [&](clsTSErrors& e) { call(e, u"Add", {{u"", d}}); }, "[1] x\r\nD\r\n"},
-      // Nothing has no default member to read: the call fails before a record is made.
-      {"Add(Nothing)",
-       [&](clsTSErrors& e) {
-         EXPECT_EQ(testing::Outcome([&] { call(e, u"Add", {{u"", Variant::Nothing()}}); }), "error 91");
-       },
-       "[1] x\r\n"},
-      {"Description = record",
-       [&](clsTSErrors& e) { call(*e.Item(Variant(int16_t{0})), u"Description", {{u"", d}},
-                                  InvokeKind::kLet); },
-       "[1] D\r\n"},
-      {"GetAsText(Prefix:=record)", nullptr, "D[1] x\r\n"},
-  };
-  for (const auto& r : rows) {
-    auto errors = WithRecords({{1, u"x"}});
-    if (r.run) r.run(*errors);
-    std::vector<Argument> prefix;
-    if (!r.run) prefix.push_back({u"Prefix", d});
-    EXPECT_EQ(U8(ToString(call(*errors, u"GetAsText", prefix))), r.text) << r.what;
+  call(*errors, u"Add", {{u"Number", Variant(int32_t{4})}});
+  call(*errors, u"Add", {{u"", testing::Described(u"D")}});
+  EXPECT_EQ(testing::Outcome([&] { call(*errors, u"Add", {{u"", Variant::Nothing()}}); }),
+            "error 91");
+  std::vector<Argument> index{{u"", Variant(u"1")}}, none;
+  const Ref<Object> second = InvokeDefault(*errors, index).asObject();
+  call(*second, u"Description", {{u"", testing::Described(u"E")}}, InvokeKind::kLet);
+  EXPECT_EQ(U8(ToString(InvokeDefault(*second, none))), "E");
+  call(*errors, u"AddAsError", {{u"", Variant(New<ErrObject>(Error(9, u"", u"late")))}});
+  errors->AddAsError(Error(-5, u"ZKRuntimeLib.clsZKString.InstrRight", u"caught", u"a.hlp", 12));
+  for (const Variant& v : {testing::Described(u"F"), Variant(u"not an object"), Variant::Nothing(),
+                           Variant(New<clsTSErrors>())}) {
+    errors->AddAsError(v);
   }
-  auto errors = WithRecords({{1, u"x"}});
-  EXPECT_EQ(U8(ToString(call(*errors, u"GetAsText", {{u"Prefix", Variant::Nothing()}}))),
-            "[1] x\r\n");
+  const std::pair<std::vector<Argument>, std::string> texts[] = {
+      {{{u"IncludeNumber", Variant(false)}}, "\r\nE\r\nlate\r\ncaught\r\nF\r\n"},
+      {{{u"Prefix", testing::Described(u">")}},
+       ">[4] \r\n>E\r\n>[9] late\r\n>[-5] caught\r\n>F\r\n"},
+      {{{u"Prefix", Variant::Nothing()}}, "[4] \r\nE\r\n[9] late\r\n[-5] caught\r\nF\r\n"},
+  };
+  for (const auto& [args, text] : texts) {
+    EXPECT_EQ(U8(ToString(call(*errors, u"GetAsText", args))), text);
+  }
 }
 
-TEST(ErrorReport, BuildsItsLinesFromTheContextCodeMessageAndRecords) {
-  struct Row { const char* what; String program, module, function, message; int32_t code;
-      String text; } rows[] = {
-      {"nothing at all still names the program", u"", u"", u"", u"", 0,
-       u"Программа:\t\r\n\r\n"},
-      {"everything", u"Склад", u"modImport", u"Run", u"Сбой", -5,
-       u"Программа:\tСклад\r\nМодуль:\t\tmodImport.Run\r\nКод ошибки: -5\r\nСбой\r\n"},
-      {"a module without a function", u"", u"M", u"", u"", 0,
-       u"Программа:\t\r\nМодуль:\t\tM\r\n"},
-      {"a function without a module", u"", u"", u"F", u"", 0, u"Программа:\t\r\n.F\r\n"},
-      {"a code without a message", u"P", u"", u"", u"", 7,
-       u"Программа:\tP\r\n\r\nКод ошибки: 7\r\n"},
-  };
-  for (const Row& r : rows) {
-    auto errors = New<clsTSErrors>();
-    errors->LetProgramName(r.program);
-    errors->LetModuleName(r.module);
-    errors->LetFunctionName(r.function);
-    EXPECT_EQ(ErrorReportText(*errors, r.message, r.code), r.text) << r.what;
-  }
-  auto errors = WithRecords({{5, u"D"}, {0, u"E"}});
-  EXPECT_EQ(ErrorReportText(*errors, u"", 0),
-            u"Программа:\t\r\n\r\n  --> [5] D\r\n  --> E\r\n");
-  EXPECT_EQ(ErrorReportCaption(*errors), u"Ошибка");
-  errors->LetProgramName(u"Склад");
-  EXPECT_EQ(ErrorReportCaption(*errors), u"Ошибка: Склад");
-}
-
-String shown_caption, shown_text;
+String shown;
 bool Accepting(const String& caption, const String& text) {
-  shown_caption = caption;
-  shown_text = text;
+  shown = caption + u"|" + text;
   return true;
 }
 bool Declining(const String&, const String&) { return false; }
 
-TEST(ErrorReport, GoesToTheWindowWhenOneIsInstalledElseToStandardError) {
+// The report goes to the window when one is installed and can be shown, else to
+// standard error.
+TEST(ErrorReport, BuildsItsLinesAndGoesToTheWindowOrStandardError) {
+  const struct { String program, module, function, message; int32_t code; String text; } rows[] = {
+      {u"", u"", u"", u"", 0, u"Программа:\t\r\n\r\n"},
+      {u"Склад", u"modImport", u"Run", u"Сбой", -5,
+       u"Программа:\tСклад\r\nМодуль:\t\tmodImport.Run\r\nКод ошибки: -5\r\nСбой\r\n"},
+      {u"", u"M", u"", u"", 0, u"Программа:\t\r\nМодуль:\t\tM\r\n"},
+      {u"", u"", u"F", u"", 0, u"Программа:\t\r\n.F\r\n"},
+      {u"P", u"", u"", u"", 7, u"Программа:\tP\r\n\r\nКод ошибки: 7\r\n"},
+  };
+  for (const auto& r : rows) {
+    auto errors = New<clsTSErrors>();
+    errors->LetProgramName(r.program);
+    errors->LetModuleName(r.module);
+    errors->LetFunctionName(r.function);
+    EXPECT_EQ(ErrorReportText(*errors, r.message, r.code), r.text) << U8(r.text);
+  }
   auto errors = WithRecords({{5, u"Нет файла"}});
+  EXPECT_EQ(ErrorReportCaption(*errors), u"Ошибка");
   errors->LetProgramName(u"P");
-  const String expected = u"Программа:\tP\r\n\r\nmsg\r\n  --> [5] Нет файла\r\n";
-
-  ::testing::internal::CaptureStderr();
-  errors->ShowErrorMessage(u"msg");
-  EXPECT_EQ(FromUtf8(::testing::internal::GetCapturedStderr()), expected)
-      << "no window: the report on standard error";
-
-  const ErrorReportPresenter before = SetErrorReportPresenter(&Accepting);
-  ::testing::internal::CaptureStderr();
-  errors->ShowErrorMessage(u"msg");
-  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
-  EXPECT_EQ(shown_caption, u"Ошибка: P");
-  EXPECT_EQ(shown_text, expected);
-
-  SetErrorReportPresenter(&Declining);
-  ::testing::internal::CaptureStderr();
-  errors->ShowErrorMessage(u"msg");
-  EXPECT_EQ(FromUtf8(::testing::internal::GetCapturedStderr()), expected)
-      << "a window that cannot be shown falls back to standard error";
+  const String report = u"Программа:\tP\r\n\r\nmsg\r\n  --> [5] Нет файла\r\n";
+  const ErrorReportPresenter before = SetErrorReportPresenter(nullptr);
+  for (ErrorReportPresenter window : {ErrorReportPresenter{}, &Declining, &Accepting}) {
+    SetErrorReportPresenter(window);
+    ::testing::internal::CaptureStderr();
+    errors->ShowErrorMessage(u"msg");
+    const String written = FromUtf8(::testing::internal::GetCapturedStderr());
+    EXPECT_EQ(written, window == &Accepting ? u"" : report);
+  }
+  EXPECT_EQ(shown, u"Ошибка: P|" + report);
   SetErrorReportPresenter(before);
+}
+
+// The codes of a class start at its base and count up; the bases step by 100.
+TEST(ErrorCodes, PublishAll29MembersInOrderWithTheirValues) {
+  const std::pair<const char*, std::vector<const char*>> classes[] = {
+      {"STRING", {"INSTRRIGHT"}}, {"SYSTEM", {"KBDL"}},
+      {"FS", {"DIRSMAKE", "DIRRENAME", "PATHSHORT2LONG", "DIRKILL", "FILEKILL", "FILERENAME",
+              "DIRSCAN"}},
+      {"ARRAY", {"SORTBUBBLE", "SORTQUICK", "SORTSEL"}}, {"REG", {}},
+      {"INI", {"NOFILE", "NOSTRING", "KEYMISSING", "FILELOAD", "FILESAVE"}},
+      {"STORAGE", {"DATATYPE", "INDEX", "NOITEMS", "NAMEREQ", "ISROOT"}},
+  };
+  std::string expected, published;
+  int32_t base = -2147220804;
+  for (const auto& [name, members] : classes) {
+    int32_t code = base;
+    expected += "xcZKERR_START_CLASS_" + std::string(name) + "=" + std::to_string(code++) + " ";
+    for (const char* m : members) {
+      expected += "xcZKERR_" + std::string(name) + "_" + m + "=" + std::to_string(code++) + " ";
+    }
+    base += 100;
+  }
+  for (const EnumInfo* e : RegisteredEnums()) {
+    if (e->name != u"xeZK_ERROR_CODES") continue;
+    for (const EnumMember& m : e->members) published += U8(m.name) + "=" + Num(m.value) + " ";
+  }
+  EXPECT_EQ(published, expected);
+}
+
+// Raises what `body` raises, through the error trap of clsZKFileSystem.DirKill.
+std::function<void()> Trapped(std::function<void()> body) {
+  return [body] { WithErrorTrap(xcZKERR_FS_DIRKILL, "clsZKFileSystem", "DirKill", body); };
+}
+
+TEST(RaiseConvention, EveryFormFillsAllFiveFields) {
+  const Error caught(53, u"ZKRuntimeLib", u"File not found", u"runtime.chm", 1000053);
+  const std::pair<std::function<void()>, const char*> rows[] = {
+      {[] { RaiseOwn(xcZKERR_INI_KEYMISSING, "clsZKIniFile", "GetData", u"Нет ключа: a.b"); },
+       "-2147220301\nZKRuntimeLib.clsZKIniFile.GetData\nНет ключа: a.b\n\n0"},
+      // The wrapping form keeps the caught text and help, one line more per argument.
+      {[&] {
+         RaiseWrapped(xcZKERR_FS_FILERENAME, "clsZKFileSystem", "FileRename", caught,
+                      {{"OldName", u"/tmp/нет"}, {"NewName", u""}});
+       },
+       "-2147220598\nZKRuntimeLib.clsZKFileSystem.FileRename\n"
+       "File not found\r\nOldName = '/tmp/нет'\r\nNewName = ''\nruntime.chm\n1000053"},
+      {[] { RaiseRuntime(RuntimeError::kTypeMismatch); }, "13\nZKRuntimeLib\nType mismatch\n\n0"},
+      {Trapped([] { throw std::bad_alloc(); }),
+       "-2147220600\nZKRuntimeLib.clsZKFileSystem.DirKill\nOut of memory\n\n0"},
+      {Trapped([] { throw Error(70, u"elsewhere", u"inner", u"x.hlp", 7); }),
+       "-2147220600\nZKRuntimeLib.clsZKFileSystem.DirKill\ninner\nx.hlp\n7"},
+  };
+  for (const auto& [body, fields] : rows) EXPECT_EQ(testing::RaisedFields(body), fields);
+  EXPECT_EQ(WithErrorTrap(xcZKERR_FS_DIRKILL, "clsZKFileSystem", "DirKill", [] { return 5; }), 5);
+  EXPECT_EQ(U8(RuntimeErrorText(12345)), "Application-defined or object-defined error");
 }
 
 }  // namespace

