@@ -2,6 +2,9 @@
 and Python objects as subclassing clients of a PlainWindow."""
 
 import gc
+import os
+import subprocess
+import sys
 import time
 import weakref
 
@@ -71,3 +74,14 @@ def test_python_objects_subclass_a_plain_window():
     gc.collect()  # the errors caught above hold frames in cycles
     assert held() is None, "released with the window, not held until the widget goes"
 
+
+
+def test_the_user_interface_module_loads_only_when_one_of_its_classes_is_made():
+    probe = ("import tsruntime\n"
+             "def ui(): return 'libtsruntime-ui.so' in open('/proc/self/maps').read()\n"
+             "print('TSRuntimeLib.CTimer' in tsruntime.classes(), ui(), tsruntime.constants.emrPreprocess)\n"
+             "tsruntime.Dispatch('CTimer')\n"
+             "print(ui())\n")
+    out = subprocess.run([sys.executable, "-c", probe], capture_output=True, text=True,
+                         env=dict(os.environ), check=True).stdout
+    assert out == "True False 2\nTrue\n"
