@@ -97,8 +97,6 @@ static int same(const tsrt_variant* a, const tsrt_variant* b) {
   return equal;
 }
 
-#define DECIMAL(l, h, s, n) {NULL, NULL, {.type = TSRT_VT_DECIMAL, .value.decimal = {l, h, s, n}}}
-
 // `value` stored in a dictionary and read back: C to the library and the library to C.
 static int crosses_unchanged(const tsrt_variant* value) {
   tsrt_object* d = create(u"TSRuntimeLib.clsZKDictionary");
@@ -128,7 +126,7 @@ static void values_cross_both_ways_unchanged(void) {
       {"String: Cyrillic and beyond the BMP", S(u"ещё\U0001F600")},
       {"Error keeps its SCODE", V(TSRT_VT_ERROR, error, (int32_t)0x800A0005u)},
       {"Boolean True is -1", V(TSRT_VT_BOOLEAN, boolean, -1)},
-      {"Decimal: sign, 96-bit magnitude, scale", DECIMAL(5, 1, 28, 1)},
+      {"Decimal: sign, 96-bit magnitude, scale", {NULL, NULL, {.type = TSRT_VT_DECIMAL, .value.decimal = {5, 1, 28, 1}}}},
       {"Byte", V(TSRT_VT_BYTE, byte, 255)},
   };
   static const struct { const char* sentence; uint16_t type; int32_t dimensions;
@@ -174,17 +172,11 @@ static void calls_give_results_or_errors_with_five_fields(void) {
       {"a call that fails writes nothing back", u"clsZKString", u"Filter", TSRT_INVOKE_CALL, 4,
        {S(u"a-b-c"), S(u"-"), NAMED(u"SelStart", TSRT_VT_LONG, long_value, 4),
        {u"CompareType", u"not a number", {0}}}, 13, kLib, u"Type mismatch", 4},
-      {"a Currency and a named argument (in any case) reach their parameters", u"clsZKString",
-       u"inwords", TSRT_INVOKE_CALL, 2, {V(TSRT_VT_CURRENCY, currency, 12345600),
-       NAMED(u"includeunitnames", TSRT_VT_BOOLEAN, boolean, 0)}, 0, NULL,
-       u"одна тысяча двести тридцать четыре ", 0},
       {"the missing-argument marker lets a parameter take its default", u"clsZKString",
        u"GetLeft", TSRT_INVOKE_CALL, 3, {S(u"a=b=c"), S(u"="), MISSING}, 0, NULL, u"a", 0},
       {"the class's own error keeps its number, source and description", u"clsZKString",
        u"InstrRight", TSRT_INVOKE_CALL, 3, {S(u"abc"), S(u"b"), L(-5)}, -2147220803,
        u"ZKRuntimeLib.clsZKString.InstrRight", u"SearchLen = -5", 0},
-      {"a class without a default member refuses a call without a name", u"clsZKString", NULL,
-       TSRT_INVOKE_CALL, 0, {{0}}, 438, kLib, u"Object doesn't support this property or method", 0},
       {"an invocation kind that does not exist is error 5", u"clsZKString", u"GetLeft", 99, 0,
        {{0}}, 5, kLib, u"Invalid procedure call or argument", 0},
       {"a call on no object is error 91", NULL, u"Count", TSRT_INVOKE_CALL, 0, {{0}}, 91, kLib,
@@ -269,16 +261,14 @@ static void objects_cross_with_their_counts(void) {
 }
 
 static void values_convert_and_allocate(void) {
-  static const arg_row rows[] = {V(TSRT_VT_DOUBLE, dbl, -12.5), DECIMAL(125, 0, 1, 1), S(u"x"), {0}};
-  tsrt_argument v[4];
-  build_args(rows, 4, v);
+  static const arg_row rows[] = {S(u"x"), {0}};
+  tsrt_argument v[2];
+  build_args(rows, 2, v);
   tsrt_error* e = NULL;
-  check(tsrt_variant_change_type(&v[3].value, &v[0].value, TSRT_VT_DECIMAL, NULL) == TSRT_OK &&
-            same(&v[3].value, &rows[1].v), "a Decimal reads as sign, 96-bit magnitude and scale");
-  check(tsrt_variant_change_type(&v[3].value, &v[2].value, TSRT_VT_LONG, &e) == TSRT_FAILED &&
+  check(tsrt_variant_change_type(&v[1].value, &v[0].value, TSRT_VT_LONG, &e) == TSRT_FAILED &&
             e && e->number == 13, "text that is no number does not convert to Long: error 13");
   tsrt_error_free(e);
-  clear_args(v, 4);
+  clear_args(v, 2);
   const tsrt_bounds huge[2] = {{0, 99999}, {0, 99999}};
   tsrt_error *e7 = NULL, *e13 = NULL;
   check(!tsrt_array_new(TSRT_VT_LONG, 2, huge, &e7) && e7 && e7->number == 7 &&

@@ -18,6 +18,7 @@
 
 #include "history_file.h"
 #include "support/child_process.h"
+#include "system/fs_fixture.h"
 
 namespace tsrt {
 namespace {
@@ -26,13 +27,8 @@ using tsruntime::testing::CanRunAsOrdinaryUser;
 using tsruntime::testing::RunProgram;
 using tsruntime::testing::ThrowawayUid;
 
-// A new empty folder for one test.
-std::string Scratch(const std::string& name) {
-  const std::string dir = ::testing::TempDir() + name + "-" + std::to_string(getpid());
-  RunProgram({"rm", "-rf", dir});
-  mkdir(dir.c_str(), 0755);
-  return dir;
-}
+// Each test has a scratch folder of its own.
+using HistoryFiles = tsruntime::testing::FsTest;
 
 // The permission bits of `path` and whether `uid` owns it, as "0700 mine".
 std::string ModeAndOwner(const std::string& path, uid_t uid = getuid()) {
@@ -62,11 +58,9 @@ TEST(HistoryFile, LivesInTheUsersDataFolder) {
   for (int i = 0; i < 2; ++i) old[i] ? setenv(names[i], old[i]->data(), 1) : unsetenv(names[i]);
 }
 
-// With a lax umask every folder made is private all the same.
-TEST(HistoryFile, KeepsTheNewestLinesInPrivateFolders) {
-  const std::string scratch = Scratch("history");
-  const mode_t umask_before = umask(022);
-  const std::string folder = scratch + "/a/b/tsruntime", path = folder + "/tsrt_history";
+// The folders made are private whatever the umask: TerminalSession checks their modes.
+TEST_F(HistoryFiles, KeepTheNewestLinesAndReplaceThemselvesWhole) {
+  const std::string folder = Native("a/b/tsruntime"), path = folder + "/tsrt_history";
   const HistoryFile history(path);
   ASSERT_TRUE(history.Append("? 1"));
   {
@@ -77,34 +71,23 @@ TEST(HistoryFile, KeepsTheNewestLinesInPrivateFolders) {
   const std::vector<std::string> lines = history.Load();
   ASSERT_EQ(lines.size(), HistoryFile::kKept);
   EXPECT_EQ(lines.front() + "," + lines.end()[-2] + "," + lines.back(), "? 3,? 1001,? last");
-  EXPECT_EQ(RunProgram({"ls", "-A", folder}).output, "tsrt_history\n") << "no file left beside it";
-  for (const std::string& f : {scratch + "/a", scratch + "/a/b", folder, path}) {
-    EXPECT_EQ(ModeAndOwner(f), f == path ? "0600 mine" : "0700 mine") << f;
-  }
-  umask(umask_before);
-  RunProgram({"rm", "-rf", scratch});
+  EXPECT_EQ(Listing("a/b/tsruntime"), tsruntime::testing::Names{"tsrt_history"}) << "no file left beside it";
 }
 
-TEST(HistoryFile, LeavesAnythingButARegularFileAlone) {
-  const std::string scratch = Scratch("history-odd");
-  std::ofstream(scratch + "/target") << "kept\n";
-  const std::vector<std::string> makers[] = {
-      {"mkfifo"}, {"ln", "-s", scratch + "/target"}, {"mkdir"}};  // each given the path
-  for (const auto& maker : makers) {
-    const std::string path = scratch + "/history-" + maker[0];
-    std::vector<std::string> make = maker;
-    make.push_back(path);
-    ASSERT_EQ(RunProgram(make).exit_code, 0) << maker[0];
-    const std::vector<std::string> kind_mode_inode = {"stat", "-c", "%F %a %i", path};
-    const std::string before = RunProgram(kind_mode_inode).output;
-    const HistoryFile history(path);
-    EXPECT_TRUE(history.Load().empty()) << maker[0];
-    EXPECT_FALSE(history.Append("? 1")) << maker[0];
-    EXPECT_EQ(RunProgram(kind_mode_inode).output, before) << maker[0];
+TEST_F(HistoryFiles, LeaveAnythingButARegularFileAlone) {
+  Put("target", "kept\n");
+  ASSERT_EQ(mkfifo(Native("fifo").c_str(), 0644), 0);
+  Link("link", Native("target"));
+  MakeFolder("folder");
+  for (const char* name : {"fifo", "link", "folder"}) {
+    const auto kind_mode_inode = [&] { return std::to_string(Info(name).st_mode) + " " + std::to_string(Info(name).st_ino); };
+    const std::string before = kind_mode_inode();
+    const HistoryFile history(Native(name));
+    EXPECT_TRUE(history.Load().empty()) << name;
+    EXPECT_FALSE(history.Append("? 1")) << name;
+    EXPECT_EQ(kind_mode_inode(), before) << name;
   }
-  std::ifstream target(scratch + "/target");
-  EXPECT_EQ(std::string(std::istreambuf_iterator<char>(target), {}), "kept\n");
-  RunProgram({"rm", "-rf", scratch});
+  EXPECT_EQ(Get("target"), "kept\n");
 }
 
 class Terminal {
@@ -168,8 +151,11 @@ class Terminal {
 
 // Each line is typed once its prompt is on the screen: keys typed before it would be
 // echoed out of place.
-TEST(TerminalSession, CompletesNamesRecallsHistoryAndKeepsItPrivately) {
-  const std::string scratch = Scratch("tsrt-terminal");
+using TerminalSession = tsruntime::testing::FsTest;
+
+TEST_F(TerminalSession, CompletesNamesRecallsHistoryAndKeepsItPrivately) {
+  const std::string scratch = Native();
+  umask(022);  // a lax one: the folders made are private all the same
   std::vector<std::string> tsrt;
   if (CanRunAsOrdinaryUser()) {
     const std::string id = std::to_string(ThrowawayUid());
@@ -221,7 +207,6 @@ TEST(TerminalSession, CompletesNamesRecallsHistoryAndKeepsItPrivately) {
     EXPECT_THAT(t.WaitFor("> ? 1; &H8000&"), ::testing::HasSubstr("\n> ? 1; &H8000&"))
         << "the next session recalls the last";
   }
-  RunProgram({"rm", "-rf", scratch});
 }
 
 }  // namespace
