@@ -63,8 +63,7 @@ struct Pair {
     } else if (op < 42) {
       d->Remove(item), m.Remove(item);
     } else if (op < 54) {
-      ASSERT_EQ(ErrorNumberOf([&] { d->LetData(item, v); }),
-                ErrorNumberOf([&] { m.LetData(item, v); }));
+      ASSERT_EQ(ErrorNumberOf([&] { d->LetData(item, v); }), ErrorNumberOf([&] { m.LetData(item, v); }));
     } else if (op < 66) {
       d->LetKey(item, v), m.LetKey(item, v);
     } else if (op < 78) {

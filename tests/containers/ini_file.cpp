@@ -63,8 +63,7 @@ TEST_F(IniFile, LinesReadTheSameFromAFileAndAStringButForContinuations) {
       {"a header followed by a comment is no header", u"Main", u"after", "still Main", "still Main"},
       {"doubled brackets name the section", u"Other", u"x", "2", "2"},
       {"sections keep their case; blanks inside the brackets go", u"main", u"x", "lower", "lower"},
-      {"a lone LF does not end a line", u"main", u"lf", "1\nnot = a line", "1\nnot = a line"},
-      {"so the key after it does not exist", u"main", u"not", "(none)", "(none)"},
+      {"a lone LF does not end a line, so no key follows it", u"main", u"lf", "1\nnot = a line", "1\nnot = a line"},
       {"a line without the separator is no key", u"main", u"no separator here", "(none)", "(none)"},
       {"the continuation is not a key of its own", u"Main", u"def", "(none)", "(none)"},
       {"a section is needed for keys inside it", u"", u"name", "(none)", "(none)"},
@@ -98,8 +97,7 @@ TEST_F(IniFile, AStringIsReadWithTheSeparatorsOfItsLastRebuildAndRewrittenInPlac
   EXPECT_EQ(Lookup(*ini, u"b", u"S"), "new");
   EXPECT_EQ(Get("f.ini"), "k = file") << "nothing is written anywhere";
   EXPECT_NE(ErrorNumberOf([&] { ini->LetSourceString(u" "); }), 0);
-  EXPECT_EQ(ini->SourceString(), u"[S]\r\na: 1 = 2 # note ' not one\r\nb = new")
-      << "the old lines are kept";
+  EXPECT_EQ(ini->SourceString(), u"[S]\r\na: 1 = 2 # note ' not one\r\nb = new") << "the old lines are kept";
   EXPECT_EQ(Lookup(*ini, u"k"), "file");
 }
 
@@ -111,15 +109,11 @@ TEST_F(IniFile, PutDataRewritesOneLineAndKeepsEveryOtherByte) {
       "tabs =\t \told\t'  spaced comment\r\n"
       "cont = abc _\r\n"
       "  def\r\n"
-      "stray\rCR and\nLF\tstay\r\n" +
-      std::string(100000, 'z') + "\r\n" +
-      "bare=\r\n";
+      "stray\rCR and\nLF\tstay\r\n" + std::string(100000, 'z') + "\r\n" + "bare=\r\n";
   struct Case { const char* sentence; const char16_t* key; const char16_t* value; std::string old_line, new_line; };
   const Case cases[] = {
-      {"the value goes, the comment follows one TAB", u"name", u"  x ",
-       "name = value ' note", "name = x\t' note"},
-      {"the blanks and TABs after the separator stay", u"tabs", u"new",
-       "tabs =\t \told\t'  spaced comment", "tabs =\t \tnew\t'  spaced comment"},
+      {"the value goes, the comment follows one TAB", u"name", u"  x ", "name = value ' note", "name = x\t' note"},
+      {"the blanks and TABs after the separator stay", u"tabs", u"new", "tabs =\t \told\t'  spaced comment", "tabs =\t \tnew\t'  spaced comment"},
       {"a continued line becomes one line", u"cont", u"y", "cont = abc _\r\n  def", "cont = y"},
       {"an empty value gets one", u"bare", u"v", "bare=", "bare=v"},
   };
@@ -181,25 +175,15 @@ TEST_F(IniFile, EveryErrorCarriesItsCodeSourceAndRussianText) {
   struct Case { const char* sentence; std::function<void()> action; int32_t code;
                 const char16_t* member; String description; };
   const Case cases[] = {
-      {"FullName of a missing file", [&] { fresh->LetFullName(Path("none.ini")); },
-       xcZKERR_INI_NOFILE, u"FullName", u"FullName = '" + Path("none.ini") + u"'"},
-      {"FullName of a folder", [&] { fresh->LetFullName(Path()); }, xcZKERR_INI_NOFILE,
-       u"FullName", u"FullName = '" + Path() + u"'"},
-      {"SourceString of line ends and blanks", [&] { fresh->LetSourceString(u"\r\n \t\r\n"); },
-       xcZKERR_INI_NOFILE, u"SourceString",
-       u"Попытка присвоить пустую строку в качестве источника ini-данных"},
-      {"GetData with no file set", [&] { fresh->GetData(u"k", buf); }, xcZKERR_INI_FILELOAD,
-       u"GetData", load},
-      {"GetData of a file that is gone", [&] { gone->GetData(u"k", buf); },
-       xcZKERR_INI_FILELOAD, u"GetData", load + Path("gone.ini")},
-      {"PutData of a file that is gone", [&] { gone->PutData(u"k", u"x"); },
-       xcZKERR_INI_FILELOAD, u"PutData", load + Path("gone.ini")},
-      {"PutData of a missing key names GetData", [&] { ok->PutData(u"nokey", u"x", u"S"); },
-       xcZKERR_INI_KEYMISSING, u"GetData", missing + u"S.nokey"},
-      {"PutData of a missing key before any section", [&] { ok->PutData(u"k", u"x"); },
-       xcZKERR_INI_KEYMISSING, u"GetData", missing + u"k"},
-      {"PutData into a read-only file", [&] { readonly->PutData(u"k", u"x", u"S"); },
-       xcZKERR_INI_FILESAVE, u"PutData", u"Ошибка записи в INI-файл: " + Path("readonly.ini")},
+      {"FullName of a missing file", [&] { fresh->LetFullName(Path("none.ini")); }, xcZKERR_INI_NOFILE, u"FullName", u"FullName = '" + Path("none.ini") + u"'"},
+      {"FullName of a folder", [&] { fresh->LetFullName(Path()); }, xcZKERR_INI_NOFILE, u"FullName", u"FullName = '" + Path() + u"'"},
+      {"SourceString of line ends and blanks", [&] { fresh->LetSourceString(u"\r\n \t\r\n"); }, xcZKERR_INI_NOFILE, u"SourceString", u"Попытка присвоить пустую строку в качестве источника ini-данных"},
+      {"GetData with no file set", [&] { fresh->GetData(u"k", buf); }, xcZKERR_INI_FILELOAD, u"GetData", load},
+      {"GetData of a file that is gone", [&] { gone->GetData(u"k", buf); }, xcZKERR_INI_FILELOAD, u"GetData", load + Path("gone.ini")},
+      {"PutData of a file that is gone", [&] { gone->PutData(u"k", u"x"); }, xcZKERR_INI_FILELOAD, u"PutData", load + Path("gone.ini")},
+      {"PutData of a missing key names GetData", [&] { ok->PutData(u"nokey", u"x", u"S"); }, xcZKERR_INI_KEYMISSING, u"GetData", missing + u"S.nokey"},
+      {"PutData of a missing key before any section", [&] { ok->PutData(u"k", u"x"); }, xcZKERR_INI_KEYMISSING, u"GetData", missing + u"k"},
+      {"PutData into a read-only file", [&] { readonly->PutData(u"k", u"x", u"S"); }, xcZKERR_INI_FILESAVE, u"PutData", u"Ошибка записи в INI-файл: " + Path("readonly.ini")},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(ErrorOf(c.action), ErrorFields(c.code, u"ZKRuntimeLib.clsZKIniFile." + String(c.member),

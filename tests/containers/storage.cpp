@@ -43,7 +43,6 @@ TEST(StorageItems, AcceptedTypesComeBackInBothLocalesAndOthersAreRefused) {
       {"all 256 bytes, read back from index 0", Bytes(all, 5), Bytes(all)},
       {"an empty byte array", Bytes({})}, {"Empty", Variant(), refused},
       {"Nothing", Variant::Nothing(), refused}, {"an object", Variant(obj), refused},
-      {"the missing-argument marker", Variant::Missing(), refused},
       {"an Error value", Variant(ErrorValue{5}), refused},
       {"a byte array never dimensioned", Variant(SafeArray(VarType::kByte)), refused},
       {"a date before the year 100", Variant(Date{-7e5}), refused},
@@ -96,8 +95,7 @@ TEST(StorageItems, ItemErrorsCarryAllFiveFieldsInTheInterfaceLanguage) {
       {"a Long array", false, 1, 0, kType, u"Тип данных #8195 не поддерживается"},
       {"English: a negative index, empty list", true, -5, 1, kEmpty, u"Storage is Empty"},
       {"English: an index past the end", false, 3, 1, kIndex, u"Index out of bounds"},
-      {"language 7 is English: a Variant array", false, 2, 7, kType,
-       u"Data type #8204 is not supported"},
+      {"language 7 is English: a Variant array", false, 2, 7, kType, u"Data type #8204 is not supported"},
   };
   for (const Case& c : cases) {
     SetInterfaceLanguage(c.language);
@@ -136,8 +134,7 @@ TEST(StorageNodes, ClearEmptiesEveryNodeReachedInPlaceWhoeverHoldsIt) {
       {"the same child twice", 2, {{0, 1}, {0, 1}}, false},
       {"a child without lists", 2, {{0, 1}}, false, 1}, {"a node under itself", 1, {{0, 0}}, true},
       {"two nodes under each other", 2, {{0, 1}, {1, 0}}, true},
-      {"one child under two parents, twice each", 4,
-       {{0, 1}, {0, 2}, {1, 3}, {1, 3}, {2, 3}, {2, 3}}, false},
+      {"one child under two parents, twice each", 4, {{0, 1}, {0, 2}, {1, 3}, {1, 3}, {2, 3}, {2, 3}}, false},
       {"a child whose list is its parent's", 2, {{0, 1}}, false, -1, 1},
   };
   for (const Case& c : cases) {

@@ -53,8 +53,7 @@ TEST(StringConcat, RaisesTheHostRuntimesErrorsAndKeepsItsText) {
   const std::string near_max = "A" + std::to_string(INT_MAX - 5);
   const struct { const char* what; std::string before; size_t piece; RuntimeError error;
                  int32_t allocated_after; } cases[] = {
-      {"AllocSize 0 once the spare space is used", "+10 A0 +990", 1, RuntimeError::kDivisionByZero,
-       1000},
+      {"AllocSize 0 once the spare space is used", "+10 A0 +990", 1, RuntimeError::kDivisionByZero, 1000},
       {"a negative block, a growth too short", "A-1", 3, RuntimeError::kInvalidCall, 2},
       {"an allocation beyond 32 bits", "A10 +10 " + near_max, 11, RuntimeError::kOverflow, 20}};
   for (const auto& c : cases) {
