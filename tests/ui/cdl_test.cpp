@@ -138,8 +138,7 @@ TEST(CdlDialogs, DialogsSpeakTheUsersLanguageAndCancellingRaisesOnlyWithCancelEr
       cdl->LetFileFilter(u"Текстовые файлы (*.txt)|*.txt|Все файлы|*");
       cdl->LetFilePath(Wide(folder.path));
       cdl->LetFolderPath(Wide(folder.path));
-      cdl->LetFolderPrompt(u"Выберите папку, в которую программа будет сохранять ежемесячные отчёты, журналы "
-                           u"работы и резервные копии настроек");
+      cdl->LetFolderPrompt(u"Выберите папку, в которую программа будет сохранять отчёты и журналы работы");
       cdl->LetFileFullName(Wide(folder.path / "отчёт.txt"));
       cdl->LetColor(123);
       cdl->LetFontName(u"DejaVu Sans");

@@ -28,8 +28,7 @@ void ShowEverything() {
   errors->ShowErrorMessage();
   const std::string help = "/tmp/help-" + std::to_string(getpid()) + ".txt";
   std::ofstream(help) << "help";
-  std::string line;
-  std::string folder_path = "unset";
+  std::string line, folder_path = "unset";
   // A fresh object for each, every cancellation set to raise.
   for (const auto& [name, show] : {std::pair{"open", &clsZKCDL::ShowOpenFile}, {"save", &clsZKCDL::ShowSaveFile},
                                    {"color", &clsZKCDL::ShowColor}, {"font", &clsZKCDL::ShowFont},
