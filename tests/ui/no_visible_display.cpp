@@ -28,8 +28,7 @@ void ShowEverything() {
   errors->ShowErrorMessage();
   const std::string help = "/tmp/help-" + std::to_string(getpid()) + ".txt";
   std::ofstream(help) << "help";
-  std::string line;
-  std::string folder_path = "unset";
+  std::string line, folder_path = "unset";
   // A fresh object for each, every cancellation set to raise.
   for (const auto& [name, show] : {std::pair{"open", &clsZKCDL::ShowOpenFile}, {"save", &clsZKCDL::ShowSaveFile},
                                    {"color", &clsZKCDL::ShowColor}, {"font", &clsZKCDL::ShowFont},
@@ -58,13 +57,10 @@ TEST(NoVisibleDisplay, ReportsGoToStandardErrorAndDialogsEndUnshown) {
     std::string platform;
   } rows[] = {
       {"no display at all", {{"DISPLAY", std::nullopt}, {"QT_QPA_PLATFORM", std::nullopt}}, "none"},
-      {"xcb named without a display", {{"DISPLAY", std::nullopt}, {"QT_QPA_PLATFORM", "xcb"}},
-       "offscreen"},
-      {"xcb named, its display unreachable", {{"DISPLAY", ":64999"}, {"QT_QPA_PLATFORM", "xcb"}},
-       "offscreen"},
+      {"xcb named without a display", {{"DISPLAY", std::nullopt}, {"QT_QPA_PLATFORM", "xcb"}}, "offscreen"},
+      {"xcb named, its display unreachable", {{"DISPLAY", ":64999"}, {"QT_QPA_PLATFORM", "xcb"}}, "offscreen"},
       {"wayland named without a compositor",
-       {{"DISPLAY", std::nullopt}, {"WAYLAND_DISPLAY", "wayland-64999"}, {"QT_QPA_PLATFORM", "wayland"}},
-       "offscreen"},
+       {{"DISPLAY", std::nullopt}, {"WAYLAND_DISPLAY", "wayland-64999"}, {"QT_QPA_PLATFORM", "wayland"}}, "offscreen"},
       {"a platform that does not exist", {{"QT_QPA_PLATFORM", "nosuchplatform"}}, "offscreen"},
       {"offscreen named by the host", {{"QT_QPA_PLATFORM", "offscreen"}}, "offscreen"},
       {"minimal named by the host", {{"QT_QPA_PLATFORM", "minimal"}}, "minimal"},

@@ -1,7 +1,6 @@
 // frmError, the error report window, as clsTSErrors.ShowErrorMessage shows it: its fixed
 // texts, its tab stops, and the save flow driven through the save dialog.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <QFileDialog>
 #include <QLabel>
@@ -24,9 +23,9 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::ModalScript;
+using testing::Text;
 using testing::U8;
 
-std::string Text(const QString& s) { return s.toStdString(); }
 
 Ref<clsTSErrors> SampleErrors(const String& program) {
   auto errors = New<clsTSErrors>();
@@ -47,15 +46,14 @@ void Click(QWidget& window, const char* button) { Child<QPushButton>(window, but
 // Where the values of the report's first two lines start, told as a verdict.
 std::string Columns(QPlainTextEdit& box) {
   const QFontMetricsF metrics(box.font());
-  std::vector<qreal> starts;
+  qreal starts[2];
   for (int line = 0; line < 2; ++line) {
     const QTextBlock block = box.document()->findBlockByNumber(line);
     QTextCursor at(block);
     at.setPosition(block.position() + static_cast<int>(block.text().lastIndexOf(u'\t')) + 1);
-    const qreal x = box.cursorRect(at).left();
+    starts[line] = box.cursorRect(at).left();
     const qreal label = metrics.horizontalAdvance(block.text().left(block.text().indexOf(u'\t')));
-    if (x - label < metrics.horizontalAdvance(u' ')) return "too close to its label";
-    starts.push_back(x);
+    if (starts[line] - label < metrics.horizontalAdvance(u' ')) return "too close to its label";
   }
   if (std::abs(starts[0] - starts[1]) > 1) return "apart: " + std::to_string(starts[0]) + " and " + std::to_string(starts[1]);
   return "lined up";
@@ -91,11 +89,8 @@ TEST(ReportWindow, ShowsTheReportWithItsFixedTextsAndLinesUpTheValues) {
                         std::string("\nВ процессе выполнения программы возникла ошибка!\npicture\n"
                                     "&Отправить (disabled), &Сохранить, &Закрыть\ncaret at 0, modal, no owner\n"
                                     " lined up\nDejaVu Serif lined up\nDejaVu Sans Condensed lined up\nDejaVu Sans Mono lined up"));
-    String expected;  // the editor shows each CR LF as one line break
-    for (char16_t c : ErrorReportText(*errors, u"Импорт прерван", 5)) {
-      if (c != u'\r') expected.push_back(c);
-    }
-    EXPECT_EQ(report, U8(expected));
+    // The editor shows each CR LF as one line break.
+    EXPECT_EQ(report, Text(QString::fromStdU16String(ErrorReportText(*errors, u"Импорт прерван", 5)).remove(u'\r')));
   }
 }
 
@@ -117,12 +112,11 @@ TEST(ReportWindow, SavesTheReportUnderTheChosenNameWithTheExtensionRule) {
       {"a folder that does not exist: the write fails", "missing/report", ""},
   };
   const std::string shown = "Сохранение отчёта об ошибке | Текстовые файлы (*.txt) (*.txt),Все файлы (*.*) (*.*) | over the report | ";
-  static int counter = 0;
   const fs::path working = fs::current_path();
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
-    const fs::path folder = fs::temp_directory_path() / ("reports-" + std::to_string(getpid()) + "-" + std::to_string(counter++));
-    fs::create_directories(folder);
+    const testing::ScratchFolder scratch;
+    const fs::path& folder = scratch.path;
     fs::current_path(folder);  // where the save dialog starts: nothing of the machine's in it
     if (!row.written.empty()) std::ofstream(folder / row.written) << "old content, longer than nothing at all";
     const bool fails = row.typed.find('/') != std::string::npos;
@@ -152,29 +146,22 @@ TEST(ReportWindow, SavesTheReportUnderTheChosenNameWithTheExtensionRule) {
     fs::current_path(working);
     EXPECT_TRUE(dialog == shown + U8(before) || dialog == shown + U8(after)) << dialog;
     EXPECT_EQ(box, fails ? "Ошибка: Склад | Ошибка записи в файл:\r\n'" + (folder / row.typed).string() + ".txt' (information)" : "");
-    std::vector<std::string> files;
-    for (const auto& entry : fs::directory_iterator(folder)) files.push_back(entry.path().filename());
-    EXPECT_EQ(files, row.written.empty() ? std::vector<std::string>{} : std::vector<std::string>{row.written});
-    if (!row.written.empty()) {
-      const std::vector<uint8_t> ansi = StringToAnsi(ErrorReportText(*errors, u"", 0));
-      std::ifstream in(folder / row.written, std::ios::binary);
-      EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), std::string(ansi.begin(), ansi.end()));
+    std::string files;  // each file's name and content
+    for (const auto& entry : fs::directory_iterator(folder)) {
+      std::ifstream in(entry.path(), std::ios::binary);
+      files += entry.path().filename().string() + ": " + std::string(std::istreambuf_iterator<char>(in), {});
     }
-    fs::remove_all(folder);
+    const std::vector<uint8_t> ansi = StringToAnsi(ErrorReportText(*errors, u"", 0));
+    EXPECT_EQ(files, row.written.empty() ? "" : row.written + ": " + std::string(ansi.begin(), ansi.end()));
   }
 }
 
 TEST(ReportWindow, ProposedNamesFollowTheStampPatternAndTheExtensionRuleReadsPastFolders) {
-  std::tm local{};
-  local.tm_year = 2025 - 1900;
-  local.tm_mon = 1;
-  local.tm_mday = 1;
-  local.tm_hour = 9;
-  local.tm_min = 5;
-  EXPECT_EQ(ui_detail::ProposedReportName(local), u"Отчёт об ошибке [2025-02-01 09-05].txt");
-  local.tm_hour = 23;
-  local.tm_min = 59;
-  EXPECT_EQ(ui_detail::ProposedReportName(local), u"Отчёт об ошибке [2025-02-01 23-59].txt") << "hours 0 to 23";
+  for (const auto& [hour, minute, name] : {std::tuple{9, 5, u"Отчёт об ошибке [2025-02-01 09-05].txt"},
+                                           {23, 59, u"Отчёт об ошибке [2025-02-01 23-59].txt"}}) {  // hours 0 to 23
+    const std::tm local{.tm_min = minute, .tm_hour = hour, .tm_mday = 1, .tm_mon = 1, .tm_year = 2025 - 1900};
+    EXPECT_EQ(ui_detail::ProposedReportName(local), name);
+  }
   auto strings = New<clsZKString>();
   EXPECT_EQ(ui_detail::ReportFileName(*strings, u"/tmp/a.b/c"), u"/tmp/a.b/c")
       << "\"b/c\" counts as an extension of three characters";

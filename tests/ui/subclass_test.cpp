@@ -6,7 +6,7 @@
 
 #include <QEvent>
 #include <QVariant>
-#include <thread>
+#include <future>
 
 #include "support/outcome.h"
 #include "tsruntime/PlainWindow.h"
@@ -25,18 +25,16 @@ const std::string kInvalid = "-2147208421\ntsruntime.WindowProc\nInvalid window\
 
 // The window's subclassing properties, sorted, as "name=value" with addresses named.
 std::string Properties(const QWidget& w, const std::vector<std::pair<const Object*, const char*>>& names = {}) {
-  std::vector<std::string> out;
+  QStringList out;
   for (const QByteArray& name : w.dynamicPropertyNames()) {
-    std::string value = std::to_string(w.property(name.constData()).toULongLong());
+    QString value = QString::number(w.property(name.constData()).toULongLong());
     for (const auto& [object, label] : names) {
-      if (value == std::to_string(reinterpret_cast<quintptr>(object))) value = label;
+      if (value.toULongLong() == reinterpret_cast<quintptr>(object)) value = QString::fromLatin1(label);
     }
-    out.push_back(name.toStdString() + "=" + value);
+    out << QString::fromLatin1(name) + u'=' + value;
   }
-  std::sort(out.begin(), out.end());
-  std::string joined;
-  for (const std::string& s : out) joined += (joined.empty() ? "" : " ") + s;
-  return joined;
+  out.sort();
+  return out.join(u' ').toStdString();
 }
 
 // Clients run latest first; detaching one keeps the others in order, even inside a
@@ -59,57 +57,55 @@ TEST(Subclass, BookkeepingLivesInTheWindowsPropertiesAndDetachingKeepsTheOrder) 
   sub->DetachMessage(b, h, kUser);
   journal += " |";
   SendMessage(h, kUser, 0, 0);
-  EXPECT_EQ(journal, "C B A | C A");
   EXPECT_EQ(properties(), n + "#1024#1=A " + n + "#1024#2=C " + n + "#1024C=2" + fifteen + "=3");
   sub->DetachMessage(c, h, kUser);
   sub->AttachMessage(b, h, kUser);
   b->action = [&](int32_t, int32_t) { sub->DetachMessage(a, h, kUser); };
-  journal.clear();
+  journal += " |";
   SendMessage(h, kUser, 0, 0);
-  EXPECT_EQ(journal, "B B") << "B moved to position 1 and is read again there";
   b->action = [&](int32_t, int32_t) { sub->DetachMessage(b, h, kUser); };
-  journal.clear();
+  journal += " |";
   SendMessage(h, kUser, 0, 0);
-  EXPECT_EQ(journal, "B");
+  // When A goes inside B's WindowProc, B moves to position 1 and is read again there.
+  EXPECT_EQ(journal, "C B A | C A | B B | B");
   sub->DetachMessage(a, h, 15);
   EXPECT_EQ(properties(), "") << "writing 0 removes each property";
 }
 
+// B attached last runs first. Consume: the widget never handles it, the earliest result
+// stands; preprocess: the widget before the earliest client, whose result stands;
+// postprocess: the widget after the clients, its result returned. The later client's
+// response is never read; one changed inside WindowProc counts after the loop.
 TEST(Subclass, ClientsRunLatestFirstAndOnlyTheEarliestDecidesOnThePreviousProcedure) {
   const struct {
-    const char* what;
     EMsgResponse first, second;
     bool first_switches_to_postprocessing;  // inside its WindowProc
     std::string journal;  // "+" visible, "-" hidden when the client ran
     int32_t result;
     bool visible_after;
   } rows[] = {
-      {"consume: the widget never handles it, the earliest result stands", emrConsume, emrConsume, false, "B+ A+", 1, true},
-      {"preprocess: the widget before the earliest client, whose result stands", emrPreprocess, emrConsume, false,
-       "B+ A-", 1, false},
-      {"postprocess: the widget after the clients, its result returned", emrPostProcess, emrConsume, false, "B+ A+", 0, false},
-      {"the later client asking for preprocessing is never read", emrConsume, emrPreprocess, false, "B+ A+", 1, true},
-      {"the later client asking for postprocessing is never read", emrConsume, emrPostProcess, false, "B+ A+", 1, true},
-      {"a response changed inside WindowProc counts after the loop", emrConsume, emrConsume, true, "B+ A+", 0, false},
+      {emrConsume, emrConsume, false, "B+ A+", 1, true},       {emrPreprocess, emrConsume, false, "B+ A-", 1, false},
+      {emrPostProcess, emrConsume, false, "B+ A+", 0, false},  {emrConsume, emrPreprocess, false, "B+ A+", 1, true},
+      {emrConsume, emrPostProcess, false, "B+ A+", 1, true},   {emrConsume, emrConsume, true, "B+ A+", 0, false},
   };
   for (const auto& row : rows) {
+    SCOPED_TRACE("responses " + std::to_string(row.first) + ", " + std::to_string(row.second) +
+                 (row.first_switches_to_postprocessing ? ", switched" : ""));
     TestWindow window;
     window.widget->show();
     std::string journal;
     auto sub = New<GSubclass>();
-    auto a = New<Recorder>("A", &journal, 1), b = New<Recorder>("B", &journal, 2);
+    auto a = New<Recorder>("A", &journal, 1, row.first), b = New<Recorder>("B", &journal, 2, row.second);
     b->action = [&](int32_t, int32_t) { journal += window.widget->isVisible() ? "+" : "-"; };
-    a->action = [&](int32_t, int32_t) {
-      journal += window.widget->isVisible() ? "+" : "-";
+    a->action = [&](int32_t h, int32_t m) {
+      b->action(h, m);
       if (row.first_switches_to_postprocessing) a->LetMsgResponse(emrPostProcess);
     };
-    a->LetMsgResponse(row.first);
-    b->LetMsgResponse(row.second);
     sub->AttachMessage(a, window.handle(), wm::kClose);
     sub->AttachMessage(b, window.handle(), wm::kClose);
-    EXPECT_EQ(SendMessage(window.handle(), wm::kClose, 0, 0), row.result) << row.what;
-    EXPECT_EQ(journal, row.journal) << row.what;
-    EXPECT_EQ(window.widget->isVisible(), row.visible_after) << row.what;
+    EXPECT_EQ(SendMessage(window.handle(), wm::kClose, 0, 0), row.result);
+    EXPECT_EQ(journal, row.journal);
+    EXPECT_EQ(window.widget->isVisible(), row.visible_after);
     sub->DetachMessage(a, window.handle(), wm::kClose);
     sub->DetachMessage(b, window.handle(), wm::kClose);
   }
@@ -132,6 +128,7 @@ TEST(Subclass, FailuresLeaveTheWindowAsItWas) {
   auto a = New<Recorder>("A", &journal);
   sub->AttachMessage(a, h, kUser);
   const std::string before = Properties(*window.widget);
+  const std::string none = "nothing raised", external = "-2147208420\ntsruntime.WindowProc\nCan't modify external window\n\n0";
   const struct {
     const char* what;
     std::function<void()> call;
@@ -141,24 +138,18 @@ TEST(Subclass, FailuresLeaveTheWindowAsItWas) {
        "-2147208422\ntsruntime.WindowProc\nMessage already handled by another class\n\n0"},
       {"a handle that is no window", [&] { sub->AttachMessage(a, 987654, kUser); }, kInvalid},
       {"handle 0", [&] { sub->AttachMessage(a, 0, kUser); }, kInvalid},
-      {"another X client's window", [&] { sub->AttachMessage(a, foreign, kUser); },
-       "-2147208420\ntsruntime.WindowProc\nCan't modify external window\n\n0"},
-      {"detaching a client that is not attached",
-       [&] { sub->DetachMessage(New<Recorder>("X", &journal), h, kUser); }, "nothing raised"},
-      {"detaching from a message without clients", [&] { sub->DetachMessage(a, h, kUser + 1); }, "nothing raised"},
-      {"detaching from a handle that is no window", [&] { sub->DetachMessage(a, 987654, kUser); }, "nothing raised"},
-      {"detaching from another X client's window", [&] { sub->DetachMessage(a, foreign, kUser); }, "nothing raised"},
+      {"another X client's window", [&] { sub->AttachMessage(a, foreign, kUser); }, external},
+      {"detaching a client that is not attached", [&] { sub->DetachMessage(New<Recorder>("X", &journal), h, kUser); }, none},
+      {"detaching from a message without clients", [&] { sub->DetachMessage(a, h, kUser + 1); }, none},
+      {"detaching from a handle that is no window", [&] { sub->DetachMessage(a, 987654, kUser); }, none},
+      {"detaching from another X client's window", [&] { sub->DetachMessage(a, foreign, kUser); }, none},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(RaisedFields(row.call), row.raised) << row.what;
     EXPECT_EQ(Properties(*window.widget), before) << row.what;
   }
   xcb_disconnect(other);
-  sub->AttachMessage(a, h, kUser + 1);
-  EXPECT_EQ(window.widget->property(("C" + std::to_string(h)).c_str()).toInt(), 2)
-      << "one client on two messages counts two attachments";
   sub->DetachMessage(a, h, kUser);
-  sub->DetachMessage(a, h, kUser + 1);
 }
 
 // Nested messages dispatch recursively; posted ones arrive when the thread pumps; the
@@ -168,8 +159,11 @@ TEST(Subclass, MessagesDispatchRecursivelyOrWhenPostedAndSetTheCurrentMessage) {
   window.widget->show();
   const int32_t h = window.handle();
   auto sub = New<GSubclass>();
-  EXPECT_EQ(sub->CallOldWindowProc(h, wm::kClose, 0, 0), 0);
-  EXPECT_TRUE(window.widget->isVisible()) << "a window never hooked has no previous procedure";
+  const auto call_old = [&] {
+    const int32_t result = sub->CallOldWindowProc(h, wm::kClose, 0, 0);
+    return std::to_string(result) + (window.widget->isVisible() ? " shown" : " closed");
+  };
+  EXPECT_EQ(call_old(), "0 shown") << "a window never hooked has no previous procedure";
   std::string journal;
   auto outer = New<Recorder>("outer", &journal, 1), inner = New<Recorder>("inner", &journal, 2);
   inner->with_message = inner->with_params = true;
@@ -188,12 +182,9 @@ TEST(Subclass, MessagesDispatchRecursivelyOrWhenPostedAndSetTheCurrentMessage) {
   EXPECT_TRUE(testing::PumpUntil([&] { return !journal.empty(); }));
   EXPECT_EQ(journal, "inner:1026,7,-9");
   EXPECT_EQ(sub->CurrentMessage(), kUser + 2) << "kept after the dispatch";
-  int32_t other_thread = -1;
-  std::thread([&] { other_thread = New<GSubclass>()->CurrentMessage(); }).join();
-  EXPECT_EQ(other_thread, 0) << "per thread";
+  EXPECT_EQ(std::async(std::launch::async, [] { return New<GSubclass>()->CurrentMessage(); }).get(), 0) << "per thread";
   EXPECT_FALSE(PostMessage(987654, kUser, 0, 0));
-  EXPECT_EQ(sub->CallOldWindowProc(h, wm::kClose, 0, 0), 0);
-  EXPECT_FALSE(window.widget->isVisible()) << "the widget's own handling closed it";
+  EXPECT_EQ(call_old(), "0 closed") << "the widget's own handling closed it";
   sub->DetachMessage(outer, h, kUser + 1);
   sub->DetachMessage(inner, h, kUser + 2);
 }
@@ -209,38 +200,26 @@ struct DeletionWatcher : QObject {
   }
 };
 
-// A client of the destroy notice gets it while the widget exists; without one, the window
-// unhooks before the notice goes on: the procedure and the count go, the per-message
-// entries stay.
-TEST(Subclass, DestroyNoticeReachesClientsWhileTheWidgetExists) {
+// Without a client of the destroy notice, a deleted widget unhooks before the notice goes
+// on: the procedure and the count go, the per-message entries stay.
+TEST(Subclass, ADeletedWidgetUnhooksBeforeTheDestroyNotice) {
   std::string journal;
-  auto sub = New<GSubclass>();
   auto a = New<Recorder>("A", &journal);
-  a->with_message = true;
-  a->action = [&](int32_t hwnd, int32_t) { journal += QWidget::find(static_cast<WId>(hwnd)) ? " found" : " gone"; };
-  const int32_t destroyed = static_cast<int32_t>((new QWidget)->winId());
-  sub->AttachMessage(a, destroyed, wm::kDestroy);
-  EXPECT_TRUE(DestroyWindow(destroyed));
-  EXPECT_EQ(journal, "A:2 found");
-  EXPECT_EQ(QWidget::find(static_cast<WId>(destroyed)), nullptr);
-  EXPECT_FALSE(DestroyWindow(destroyed)) << "no window any more";
-
   auto* widget = new QWidget;
   const int32_t h = static_cast<int32_t>(widget->winId());
   const std::string n = std::to_string(h);
   DeletionWatcher watcher;
   watcher.names = {n, "C" + n, n + "#1024C", n + "#1024#1"};
   widget->installEventFilter(&watcher);  // before the chain's, so it runs after it
-  sub->AttachMessage(a, h, kUser);
-  journal.clear();
+  New<GSubclass>()->AttachMessage(a, h, kUser);
   delete widget;
   EXPECT_EQ(watcher.seen, n + "- C" + n + "- " + n + "#1024C+ " + n + "#1024#1+ ");
   EXPECT_EQ(journal, "");
 }
 
 // Closing a top-level destroys its native window, as on the platform: the clients of the
-// destroy notice get it, the widget learns that its handle is gone, and the window shown
-// again is a new one that nothing has hooked.
+// destroy notice get it while the widget exists, the widget learns that its handle is
+// gone, and the window shown again is a new one that nothing has hooked.
 TEST(Subclass, AClosedTopLevelIsDestroyedAndShownAgainUnhooked) {
   for (const bool client_on_destroy : {true, false}) {
     SCOPED_TRACE(client_on_destroy ? "a client of the destroy notice" : "no client of the destroy notice");
@@ -249,16 +228,16 @@ TEST(Subclass, AClosedTopLevelIsDestroyedAndShownAgainUnhooked) {
     const int32_t h = window.handle();
     std::string journal;
     auto sub = New<GSubclass>();
-    auto a = New<Recorder>("A", &journal), b = New<Recorder>("B", &journal);
+    auto a = New<Recorder>("A", &journal), b = New<Recorder>("B", &journal, 0, emrPostProcess);
     a->with_message = b->with_message = true;
-    b->LetMsgResponse(emrPostProcess);
+    a->action = [&](int32_t hwnd, int32_t) { journal += QWidget::find(static_cast<WId>(hwnd)) ? " found" : " gone"; };
     if (client_on_destroy) sub->AttachMessage(a, h, wm::kDestroy);
     sub->AttachMessage(b, h, wm::kClose);
     sub->AttachMessage(b, h, kUser);
     window.widget->close();
-    EXPECT_EQ(journal, client_on_destroy ? "B:16 A:2" : "B:16");
+    EXPECT_EQ(journal, client_on_destroy ? "B:16 A:2 found" : "B:16");
     EXPECT_EQ(window.widget->internalWinId(), 0u) << "no native window";
-    EXPECT_EQ(QWidget::find(static_cast<WId>(h)), nullptr);
+    EXPECT_FALSE(DestroyWindow(h)) << "no window any more";
     window.widget->show();
     const int32_t again = static_cast<int32_t>(window.widget->winId());
     EXPECT_NE(again, h);
@@ -268,7 +247,8 @@ TEST(Subclass, AClosedTopLevelIsDestroyedAndShownAgainUnhooked) {
     sub->AttachMessage(b, again, kUser);
     SendMessage(again, kUser, 0, 0);
     EXPECT_EQ(journal, "B:1024") << "and can be";
-    sub->DetachMessage(b, again, kUser);
+    EXPECT_TRUE(DestroyWindow(again));
+    EXPECT_EQ(QWidget::find(static_cast<WId>(again)), nullptr);
   }
 }
 

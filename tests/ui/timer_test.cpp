@@ -14,7 +14,6 @@
 namespace tsruntime {
 namespace {
 
-using testing::OnNewQtThread;
 using testing::PumpFor;
 using testing::PumpUntil;
 
@@ -26,21 +25,15 @@ TEST(Timer, IntervalAndEnabledFollowTheirRules) {
     std::function<void(CTimer&)> steps;
     std::string expected;  // Interval/Enabled/whether it holds a slot
   } rows[] = {
-      {"Interval = 100 starts ticking although Enabled reads False", [](CTimer& t) { t.LetInterval(100); },
-       "100/False/running"},
-      {"Interval = -5 on a running timer stops it and reads 0",
-       [](CTimer& t) { t.LetInterval(100), t.LetInterval(-5); }, "0/False/stopped"},
+      {"Interval = 100 starts ticking although Enabled reads False", [](CTimer& t) { t.LetInterval(100); }, "100/False/running"},
+      {"Interval = -5 on a running timer stops it, reads 0", [](CTimer& t) { t.LetInterval(100), t.LetInterval(-5); }, "0/False/stopped"},
       {"Enabled = True on a new timer does nothing", [](CTimer& t) { t.LetEnabled(true); }, "0/True/stopped"},
-      {"Enabled = True after an Interval keeps it running",
-       [](CTimer& t) { t.LetInterval(100), t.LetEnabled(true); }, "100/True/running"},
-      {"Enabled = False stops a running timer", [](CTimer& t) { t.LetInterval(100), t.LetEnabled(false); },
-       "0/False/stopped"},
-      {"Enabled = False then True leaves it stopped (the interval was forgotten)",
-       [](CTimer& t) { t.LetInterval(100), t.LetEnabled(false), t.LetEnabled(true); }, "0/True/stopped"},
-      {"Enabled = True then Interval starts it", [](CTimer& t) { t.LetEnabled(true), t.LetInterval(50); },
-       "50/True/running"},
-      {"a different Interval restarts it with the new one",
-       [](CTimer& t) { t.LetInterval(100), t.LetInterval(70); }, "70/False/running"},
+      {"Enabled = True after an Interval keeps it running", [](CTimer& t) { t.LetInterval(100), t.LetEnabled(true); }, "100/True/running"},
+      {"Enabled = False stops a running timer", [](CTimer& t) { t.LetInterval(100), t.LetEnabled(false); }, "0/False/stopped"},
+      // The interval was forgotten.
+      {"Enabled = False then True leaves it stopped", [](CTimer& t) { t.LetInterval(100), t.LetEnabled(false), t.LetEnabled(true); }, "0/True/stopped"},
+      {"Enabled = True then Interval starts it", [](CTimer& t) { t.LetEnabled(true), t.LetInterval(50); }, "50/True/running"},
+      {"a different Interval restarts it", [](CTimer& t) { t.LetInterval(100), t.LetInterval(70); }, "70/False/running"},
   };
   for (const auto& row : rows) {
     const int running_before = Table().RunningTimers();
@@ -69,54 +62,55 @@ TEST(Timer, TicksRaiseThatTimeOnlyWhileRunningEvenWithoutAHostReference) {
   timer->LetInterval(0);
   const int seen = ticks;
   PumpFor(30);
-  EXPECT_EQ(ticks, seen) << "a stopped timer does not tick";
   timer->PulseTimer();
-  EXPECT_EQ(ticks, seen + 1) << "PulseTimer raises ThatTime at once, even when stopped";
+  EXPECT_EQ(ticks, seen + 1) << "a stopped timer does not tick; PulseTimer raises ThatTime at once, even then";
   EXPECT_EQ(Table().RunningTimers(), 0);
 }
 
 // One system timer per running timer, kept for the same interval, and a hundred slots per
-// thread, filled lowest first: the 101st fails and its system timer is never killed.
+// thread, filled lowest first: the 101st fails and its system timer is never killed. On a
+// new thread, whose table is empty.
 TEST(Timer, HundredSlotsPerThreadThe101stFailsAndItsSystemTimerLeaks) {
-  OnNewQtThread([] {
+  std::thread([] {
+    const auto state = [] {  // system timers/running timers/high-water mark
+      return std::to_string(Table().SystemTimers()) + "/" + std::to_string(Table().RunningTimers()) + "/" +
+             std::to_string(Table().HighWaterMark());
+    };
     std::vector<Ref<CTimer>> timers(100);
     for (auto& t : timers) t = New<CTimer>();
     std::string seen;
     for (int interval : {1000, 1000, 500}) {
       timers[0]->LetInterval(interval);
-      seen += std::to_string(Table().SystemTimers()) + " ";
+      seen += state() + " ";
     }
-    EXPECT_EQ(seen, "1 1 1 ") << "no second system timer; a new interval kills the old one";
+    EXPECT_EQ(seen, "1/1/1 1/1/1 1/1/1 ") << "no second system timer; a new interval kills the old one";
     timers[1]->LetInterval(60000);
     timers[0]->LetInterval(0);
     timers[2]->LetInterval(60000);
-    EXPECT_EQ(Table().HighWaterMark(), 2) << "the third took slot 1, freed by the first";
+    EXPECT_EQ(state(), "2/2/2") << "the third took slot 1, freed by the first";
     for (auto& t : timers) t->LetInterval(60000);
-    EXPECT_EQ(Table().HighWaterMark(), 100);
     auto extra = New<CTimer>();
     int extra_ticks = 0;
     extra->OnThatTime([&] { ++extra_ticks; });
     EXPECT_EQ(testing::RaisedFields([&] { extra->LetInterval(1); }),
               "-2147207853\ntsruntime.WindowProc\nNo more than 10 timers allowed per class\n\n0");
-    EXPECT_EQ(extra->Interval(), 1) << "it keeps its active interval";
-    EXPECT_EQ(Table().SystemTimers(), 101) << "its system timer was not killed";
+    EXPECT_EQ(std::to_string(extra->Interval()) + " " + state(), "1 101/100/100")
+        << "it keeps its active interval, and its system timer was not killed";
     timers[41]->LetInterval(0);
     timers[7]->LetInterval(0);
-    EXPECT_EQ(Table().RunningTimers(), 98);
     auto reuse = New<CTimer>();
     reuse->LetInterval(60000);
     timers[7]->LetInterval(60000);
-    EXPECT_EQ(Table().RunningTimers(), 100) << "freed slots are reused";
+    EXPECT_EQ(state(), "101/100/100") << "freed slots are reused";
     EXPECT_EQ(testing::Outcome([&] { timers[41]->LetInterval(60000); }), "error -2147207853");
     for (auto& t : timers) t->LetInterval(0);
     reuse->LetInterval(0);
-    EXPECT_EQ(Table().HighWaterMark(), 100) << "the mark never drops";
     extra->LetInterval(0);
-    EXPECT_EQ(extra->Interval(), 0);
-    EXPECT_EQ(Table().SystemTimers(), 2) << "no stop finds the two leaked system timers";
+    EXPECT_EQ(std::to_string(extra->Interval()) + " " + state(), "0 2/0/100")
+        << "the mark never drops; no stop finds the two leaked system timers";
     PumpFor(20);
     EXPECT_EQ(extra_ticks, 0) << "its ticks reach no timer";
-  });
+  }).join();
 }
 
 // Two plain host threads at once, each with its own table of 100 while the other's is full
@@ -141,25 +135,18 @@ std::vector<std::string> RunTwoHostThreads() {
     for (auto& t : slow) t->LetInterval(0);
     out += ", running " + std::to_string(Table().RunningTimers());
   };
-  std::thread first(run, std::ref(seen[0])), second(run, std::ref(seen[1]));
-  first.join();
-  second.join();
+  { std::jthread first(run, std::ref(seen[0])), second(run, std::ref(seen[1])); }  // joined here
   return seen;
 }
 
 // Before any application exists (in a child process), threads other than the main one tick
 // through PumpWaitingMessages alone, and Qt is not touched (it would take them for the main one).
 TEST(Timer, HostThreadsRunTimersAtOnceEachWithItsOwnTable) {
-  const std::vector<std::string> each_thread(2, "mark 100, 101st error -2147207853, ticks here, running 0");
-  if (testing::InTestChild()) {
-    EXPECT_EQ(RunTwoHostThreads(), each_thread);
-    EXPECT_EQ(QCoreApplication::instance(), nullptr);
-    return;
-  }
-  EXPECT_EQ(RunTwoHostThreads(), each_thread);
+  EXPECT_EQ(RunTwoHostThreads(), std::vector<std::string>(2, "mark 100, 101st error -2147207853, ticks here, running 0"));
+  EXPECT_EQ(QCoreApplication::instance() == nullptr, testing::InTestChild()) << "the child never made an application";
+  if (testing::InTestChild()) return;
   const auto child = testing::RunTestInChild("Timer.HostThreadsRunTimersAtOnceEachWithItsOwnTable");
-  EXPECT_EQ(child.exit_code, 0) << child.output;
-  EXPECT_NE(child.output.find("[  PASSED  ] 1 test"), std::string::npos) << child.output;
+  EXPECT_TRUE(child.exit_code == 0 && child.output.find("[  PASSED  ] 1 test") != std::string::npos) << child.output;
 }
 
 }  // namespace

@@ -8,10 +8,12 @@
 #include <QElapsedTimer>
 #include <QPointer>
 #include <QScreen>
-#include <QThread>
 #include <QTimer>
 #include <QWidget>
 #include <QWindow>
+#include <unistd.h>
+
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -30,6 +32,16 @@ void Chord(const std::vector<unsigned>& input_codes);  // Linux input codes, as 
 void MovePointer(unsigned long window, int x, int y);  // window 0: the screen
 void Focus(unsigned long window);
 
+inline std::string Text(const QString& s) { return s.toStdString(); }
+
+// A fresh folder under the temporary one, removed with the test.
+struct ScratchFolder {
+  ScratchFolder() { std::filesystem::create_directories(path); }
+  ~ScratchFolder() { std::filesystem::remove_all(path); }
+  static inline int counter = 0;
+  const std::filesystem::path path = std::filesystem::temp_directory_path() / ("ui-" + std::to_string(getpid()) + "-" + std::to_string(counter++));
+};
+
 // Pumps this thread's events until `done` holds; the deadline only guards against a hang.
 inline bool PumpUntil(const std::function<bool()>& done, int deadline_ms = 5000) {
   QElapsedTimer clock;
@@ -38,9 +50,7 @@ inline bool PumpUntil(const std::function<bool()>& done, int deadline_ms = 5000)
   return done();
 }
 // Pumps for a while, for checks that something does not happen.
-inline void PumpFor(int ms) {
-  PumpUntil([] { return false; }, ms);
-}
+inline void PumpFor(int ms) { PumpUntil([] { return false; }, ms); }
 // Shows `window` and pumps until it has the keyboard, given by the desktop if the window
 // manager keeps it for another window.
 inline bool ShowActive(QWidget& window) {
@@ -50,34 +60,27 @@ inline bool ShowActive(QWidget& window) {
   Focus(window.winId());
   return PumpUntil([&] { return window.isActiveWindow(); });
 }
-// Runs `body` on a new QThread (an event loop of its own, an empty timer table), to its end.
-inline void OnNewQtThread(std::function<void()> body) {
-  QThread* thread = QThread::create(std::move(body));
-  thread->start();
-  thread->wait();
-  delete thread;
-}
 
-// A client that writes "Name" (":msg" and ",wParam,lParam" when asked) into a shared
-// journal for each message, answers `result`, and may act inside its WindowProc.
-class Recorder : public ISubclass {
- public:
-  Recorder(std::string name, std::string* journal, int32_t result = 0)
-      : name_(std::move(name)), journal_(journal), result_(result) {}
-  int32_t WindowProc(int32_t hwnd, int32_t iMsg, int32_t wParam, int32_t lParam) override {
-    *journal_ += (journal_->empty() ? "" : " ") + name_;
-    if (with_message) *journal_ += ":" + std::to_string(iMsg);
-    if (with_params) *journal_ += "," + std::to_string(wParam) + "," + std::to_string(lParam);
-    if (action) action(hwnd, iMsg);
-    return result_;
+// A client that writes "Name" (":msg", or "msg" when nameless, and ",wParam,lParam" when
+// asked) into a shared journal for each message, answers `result`, and may act inside its
+// WindowProc.
+struct Recorder : ISubclass {
+  Recorder(std::string name, std::string* journal, int32_t result = 0, EMsgResponse response = emrConsume)
+      : name(std::move(name)), journal(journal), result(result) {
+    LetMsgResponse(response);
   }
+  int32_t WindowProc(int32_t hwnd, int32_t iMsg, int32_t wParam, int32_t lParam) override {
+    *journal += (journal->empty() ? "" : " ") + name;
+    if (with_message) *journal += (name.empty() ? "" : ":") + std::to_string(iMsg);
+    if (with_params) *journal += "," + std::to_string(wParam) + "," + std::to_string(lParam);
+    if (action) action(hwnd, iMsg);
+    return result;
+  }
+  std::string name;
+  std::string* journal;
+  int32_t result;
   bool with_message = false, with_params = false;
   std::function<void(int32_t hwnd, int32_t msg)> action;
-
- private:
-  std::string name_;
-  std::string* journal_;
-  int32_t result_;
 };
 
 // A top-level widget with its native window made, deleted with the test.
@@ -117,9 +120,7 @@ class ModalScript {
   ModalScript() { QObject::connect(&timer_, &QTimer::timeout, [this] { Poll(); }), timer_.start(10); }
   template <class W>
   ModalScript& On(std::function<void(W&)> act, const char* object_name = nullptr) {
-    steps_.push_back({W::staticMetaObject.className(), object_name, [act](QWidget& w) {
-                        if (W* typed = qobject_cast<W*>(&w)) act(*typed);
-                      }});
+    steps_.push_back({W::staticMetaObject.className(), object_name, [act](QWidget& w) { act(*qobject_cast<W*>(&w)); }});
     return *this;
   }
   bool Done() const { return next_ == steps_.size(); }
