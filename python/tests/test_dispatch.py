@@ -49,8 +49,7 @@ CALLS = [
     (lambda: PROBE.Twice(21), 42, "no result: the one written value alone"),
     (lambda: PROBE.Bump(), (True, 11), "left out: its default as the member left it"),
     (lambda: (Dispatch("clsZKArray").SortBubble(WORDS, ComareMethod=1)[1], WORDS[:]),
-     (SafeArray(list("abC"), -1, 8), list("bCa")), "an array written back keeps its bounds; the "
-     "one passed in stays"),
+     (SafeArray(list("abC"), -1, 8), list("bCa")), "an array written back keeps its bounds; the one passed in stays"),
     (lambda: S.ArrayJoin(S.ArraySplit("")), "", "an array from -1 returned and passed back"),
 ]
 

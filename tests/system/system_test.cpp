@@ -31,9 +31,7 @@ TEST(SystemInfo, CreateGuidGivesDistinctUpperCaseGuidsWithoutBraces) {
   auto sys = New<clsZKSystem>();
   const std::regex form("[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}");
   std::set<String> seen;
-  for (int i = 0; i < 100; ++i) {
-    EXPECT_TRUE(std::regex_match(U8(*seen.insert(sys->CreateGUID()).first), form));
-  }
+  for (int i = 0; i < 100; ++i) EXPECT_TRUE(std::regex_match(U8(*seen.insert(sys->CreateGUID()).first), form));
   EXPECT_EQ(seen.size(), 100u);
 }
 
@@ -78,7 +76,6 @@ TEST(SystemInfo, ObjectFromPtrTurnsAnAddressFromObjPtrIntoANewReference) {
   const struct { const char* what; Variant address; bool found; } rows[] = {
       {"the Double ObjPtr gives", Variant(address), true},
       {"the address as a Currency", Variant(Currency::FromRaw(static_cast<int64_t>(address) * 10000)), true},
-      {"the address as a Decimal", Variant(Decimal::FromInteger(static_cast<int64_t>(address))), true},
       {"zero", Variant(int32_t{0}), false},
       {"an address ObjPtr never gave", Variant(address + 8), false},
       {"a fraction", Variant(address + 0.5), false},
@@ -121,7 +118,6 @@ TEST_F(SystemOnX, SetKeyboardLayoutSelectsRussianForEveryNonZeroIdentifier) {
       {"English asks for Russian, which is one step back", "us,ru", 0, xcZKKBDL_ENGLISH, true, 1},
       {"Russian when Russian is active stays", nullptr, 1, xcZKKBDL_RUSSIAN, true, 1},
       {"zero asks for English", nullptr, 1, 0, true, 0},
-      {"zero when English is active stays", nullptr, 0, 0, true, 0},
       {"any other number asks for Russian too", nullptr, 0, 7, true, 1},
       {"late bound without an argument: English, so Russian", nullptr, 0, std::nullopt, true, 1},
       {"from the middle the walk goes back through the first to the last", "us,de,ru", 1, xcZKKBDL_RUSSIAN, true, 2},
@@ -141,8 +137,8 @@ TEST_F(SystemOnX, SetKeyboardLayoutSelectsRussianForEveryNonZeroIdentifier) {
 
 TEST_F(SystemOnX, GetMousePosReadsThePointer) {
   for (const auto& [px, py] : {std::pair{123, 45}, {0, 0}, {639, 479}}) {
-    x.MovePointer(0, px, py);
     int32_t got_x = -1, got_y = -1;
+    x.MovePointer(0, px, py);
     sys->GetMousePos(got_x, got_y);
     EXPECT_EQ(std::pair(got_x, got_y), std::pair(px, py));
   }
