@@ -8,15 +8,9 @@ set(prefix ${WORK_DIR}/prefix)
 
 include(${CMAKE_CURRENT_LIST_DIR}/../support/run_step.cmake)
 
-foreach(component runtime gambas)
-  run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix} --component ${component})
-endforeach()
-foreach(required lib/gambas3/gb.tsruntime.gambas lib/gambas3/gb.tsruntime.component
-                 share/gambas3/info/gb.tsruntime.info share/gambas3/info/gb.tsruntime.list)
-  if(NOT EXISTS ${prefix}/${required})
-    message(FATAL_ERROR "not installed: ${required}")
-  endif()
-endforeach()
+install_components(${BUILD_DIR} ${prefix} runtime gambas REQUIRED
+  lib/gambas3/gb.tsruntime.gambas lib/gambas3/gb.tsruntime.component
+  share/gambas3/info/gb.tsruntime.info share/gambas3/info/gb.tsruntime.list)
 
 # The rest of the Gambas root comes from the system's installation.
 get_filename_component(gbx3 ${GBX3} REALPATH)
@@ -59,13 +53,8 @@ set(cases
 file(WRITE ${WORK_DIR}/wrong/.project
   "# Gambas Project File 3.0\nTitle=wrong call\nStartup=Main\nVersion=1.0.0\nComponent=gb.tsruntime\n")
 foreach(case ${cases})
-  string(REPLACE "|" ";" fields "${case}")
-  list(GET fields 0 statement)
-  list(LENGTH fields n)
-  set(expected "")
-  if(n GREATER 1)
-    list(GET fields 1 expected)
-  endif()
+  string(REGEX REPLACE "\\|.*" "" statement "${case}")
+  string(REGEX REPLACE ".*\\|" "" expected "${case}")
   file(WRITE ${WORK_DIR}/wrong/.src/Main.module
     "' Gambas module file\n\nPublic Sub Main()\n\n  Dim s As New clsZKString\n\n  ${statement}\n\nEnd\n")
   execute_process(COMMAND ${GBC3} -a ${WORK_DIR}/wrong RESULT_VARIABLE rc OUTPUT_VARIABLE out

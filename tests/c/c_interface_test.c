@@ -246,7 +246,8 @@ static void events_reach_the_callback(void) {
   tsrt_variant_clear(&changes.item);
 }
 
-static void objects_cross_with_their_counts(void) {
+// Objects with their counts; text, conversions and arrays with their errors.
+static void objects_and_values_cross_convert_and_allocate(void) {
   tsrt_object* s = create(u"TSRuntimeLib.clsZKString");
   tsrt_variant held = {0};
   tsrt_variant_set_object(&held, s);
@@ -257,9 +258,6 @@ static void objects_cross_with_their_counts(void) {
   tsrt_variant_clear(&held);
   check(tsrt_object_release(s) == 0 && tsrt_object_release(NULL) == 0,
         "the last count destroys the object; releasing no object is harmless");
-}
-
-static void values_convert_and_allocate(void) {
   const tsrt_bounds huge[2] = {{0, 99999}, {0, 99999}};
   tsrt_variant ruble = {0}, number = {0};
   tsrt_error *e = NULL, *e7 = NULL, *e13 = NULL;
@@ -342,8 +340,7 @@ int main(void) {
   values_cross_both_ways_unchanged();
   calls_give_results_or_errors_with_five_fields();
   events_reach_the_callback();
-  objects_cross_with_their_counts();
-  values_convert_and_allocate();
+  objects_and_values_cross_convert_and_allocate();
   printf("%d passed, %d failed\n", passed, failed);
   return failed ? 1 : 0;
 }

@@ -5,47 +5,27 @@ set(prefix ${WORK_DIR}/prefix)
 
 include(${CMAKE_CURRENT_LIST_DIR}/../support/run_step.cmake)
 
-foreach(component runtime development tools)
-  run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix} --component ${component})
-endforeach()
-foreach(required include/tsruntime/clsZKRunTimeLib.h include/tsruntime/tsruntime_c.h
-                 lib/cmake/tsruntime/tsruntimeConfig.cmake
-                 lib/pkgconfig/tsruntime.pc lib/pkgconfig/tsruntime-c.pc lib/libtszlib.so)
-  if(NOT EXISTS ${prefix}/${required})
-    message(FATAL_ERROR "not installed: ${required}")
-  endif()
-endforeach()
+install_components(${BUILD_DIR} ${prefix} runtime development tools REQUIRED
+  include/tsruntime/clsZKRunTimeLib.h include/tsruntime/tsruntime_c.h
+  lib/cmake/tsruntime/tsruntimeConfig.cmake
+  lib/pkgconfig/tsruntime.pc lib/pkgconfig/tsruntime-c.pc lib/libtszlib.so)
 
 # The installed tsrt finds the installed library relative to itself: no ldconfig, no
 # LD_LIBRARY_PATH.
 set(ENV{LD_LIBRARY_PATH} "")
-run(${prefix}/bin/tsrt call clsZKRunTimeLib Init)
-if(NOT last_output STREQUAL "True\n")
-  message(FATAL_ERROR "the installed tsrt printed:\n${last_output}")
-endif()
-run(${prefix}/bin/tsrt --version)
-if(NOT last_output MATCHES "^tsrt \\(TSRuntimeLib\\) [0-9]+\\.[0-9]+\\.[0-9]+\n$")
-  message(FATAL_ERROR "the installed tsrt --version printed:\n${last_output}")
-endif()
+expect("^True\n$" ${prefix}/bin/tsrt call clsZKRunTimeLib Init)
+expect("^tsrt \\(TSRuntimeLib\\) [0-9]+\\.[0-9]+\\.[0-9]+\n$" ${prefix}/bin/tsrt --version)
 
 run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples -B ${WORK_DIR}/examples -G Ninja
     -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_BUILD_TYPE=Release)
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/examples)
-run(${WORK_DIR}/examples/hello_tsruntime)
-if(NOT last_output MATCHES "Init: True\nCompressData: True")
-  message(FATAL_ERROR "unexpected output of the sample host:\n${last_output}")
-endif()
-run(${WORK_DIR}/examples/hello_c)
-if(NOT last_output MATCHES "Filter: abc\nSelStart = 2")
-  message(FATAL_ERROR "unexpected output of the C host:\n${last_output}")
-endif()
+expect("Init: True\nCompressData: True" ${WORK_DIR}/examples/hello_tsruntime)
+expect("Filter: abc\nSelStart = 2" ${WORK_DIR}/examples/hello_c)
 
 # The same sample built by hand with pkg-config, as a Makefile user would.
 set(ENV{PKG_CONFIG_PATH} ${prefix}/lib/pkgconfig)
-run(pkg-config --modversion tsruntime)
-if(NOT last_output STREQUAL "${VERSION}\n")
-  message(FATAL_ERROR "pkg-config --modversion printed ${last_output}, not ${VERSION}")
-endif()
+string(REPLACE "." "\\." version_pattern "^${VERSION}\n$")
+expect("${version_pattern}" pkg-config --modversion tsruntime)
 function(pkg_config_flags module expected var)  # the flags, which hold plain paths
   run(pkg-config --cflags --libs ${module})
   string(STRIP "${last_output}" flags)
@@ -58,15 +38,9 @@ endfunction()
 pkg_config_flags(tsruntime "-I${prefix}/include -std=c++20 -L${prefix}/lib -ltsruntime" flags)
 run(c++ ${SOURCE_DIR}/examples/hello_tsruntime.cpp ${flags} -Wl,-rpath,${prefix}/lib
     -o ${WORK_DIR}/hello_pkgconfig)
-run(${WORK_DIR}/hello_pkgconfig)
-if(NOT last_output MATCHES "Init: True\nCompressData: True")
-  message(FATAL_ERROR "unexpected output of the pkg-config build:\n${last_output}")
-endif()
+expect("Init: True\nCompressData: True" ${WORK_DIR}/hello_pkgconfig)
 # C compilers get no C++ flag, which would warn: any warning fails.
 pkg_config_flags(tsruntime-c "-I${prefix}/include -L${prefix}/lib -ltsruntime" c_flags)
 run(cc -std=c11 -Werror ${SOURCE_DIR}/examples/hello_c.c ${c_flags} -Wl,-rpath,${prefix}/lib
     -o ${WORK_DIR}/hello_c_pkgconfig)
-run(${WORK_DIR}/hello_c_pkgconfig)
-if(NOT last_output MATCHES "Filter: abc")
-  message(FATAL_ERROR "unexpected output of the C pkg-config build:\n${last_output}")
-endif()
+expect("Filter: abc" ${WORK_DIR}/hello_c_pkgconfig)
