@@ -2,7 +2,6 @@
 // dialogs, driven as a user would drive them (ModalScript), with what each is shown with
 // and what confirming or cancelling leaves in the properties.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <QColorDialog>
 #include <QDesktopServices>
@@ -14,24 +13,21 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QUrl>
-#include <filesystem>
-#include <fstream>
 #include <QRegularExpression>
 
 #include "tsruntime/automation/dispatch.h"
 #include "tsruntime/clsZKCDL.h"
+#include "system/fs_fixture.h"
 #include "ui_support.h"
 
 namespace tsruntime {
 namespace {
 
-namespace fs = std::filesystem;
 using testing::ModalScript;
 using testing::PlayOn;
 using testing::Text;
 using testing::U8;
 
-String Wide(const fs::path& p) { return FromUtf8(p.string()); }
 // `text` with each '~' made a NUL.
 String Z(std::string text) {
   std::replace(text.begin(), text.end(), '~', '\0');
@@ -93,12 +89,13 @@ TEST(CdlProperties, LateBoundPropertiesKeepThePlatformFormsAndResultsAreReadOnly
   invoke("Object", InvokeKind::kSet, {{{}, Variant::Nothing()}});  // the object held itself
 }
 
-// A fresh folder with two files and a subfolder.
-struct Folder : testing::ScratchFolder {
-  Folder() {
-    fs::create_directories(path / "sub");
-    std::ofstream(path / "a.txt") << "a";
-    std::ofstream(path / "b.log") << "b";
+// A scratch folder with two files and a subfolder.
+class CdlDialogs : public testing::FsTest {
+ protected:
+  CdlDialogs() {
+    Put("a.txt", "a");
+    Put("b.log", "b");
+    MakeFolder("sub");
   }
 };
 
@@ -114,8 +111,7 @@ void TypeAndAccept(QFileDialog& d, const std::string& name) {
 // for the documentation), then cancelled: the properties stay, except that the colour
 // dialog cuts the custom colours to sixteen and makes zeros white for good, and the folder
 // dialog empties FolderPath.
-TEST(CdlDialogs, DialogsSpeakTheUsersLanguageAndCancellingRaisesOnlyWithCancelError) {
-  Folder folder;
+TEST_F(CdlDialogs, DialogsSpeakTheUsersLanguageAndCancellingRaisesOnlyWithCancelError) {
   const std::string bare = "2001\n\n\n\n0";  // file and font dialogs
   const struct {
     void (clsZKCDL::*show)();
@@ -136,10 +132,10 @@ TEST(CdlDialogs, DialogsSpeakTheUsersLanguageAndCancellingRaisesOnlyWithCancelEr
       auto cdl = New<clsZKCDL>();
       cdl->LetCancelError(cancel_error);
       cdl->LetFileFilter(u"Текстовые файлы (*.txt)|*.txt|Все файлы|*");
-      cdl->LetFilePath(Wide(folder.path));
-      cdl->LetFolderPath(Wide(folder.path));
+      cdl->LetFilePath(Path());
+      cdl->LetFolderPath(Path());
       cdl->LetFolderPrompt(u"Выберите папку, в которую программа будет сохранять отчёты и журналы работы");
-      cdl->LetFileFullName(Wide(folder.path / "отчёт.txt"));
+      cdl->LetFileFullName(Path("отчёт.txt"));
       cdl->LetColor(123);
       cdl->LetFontName(u"DejaVu Sans");
       cdl->LetColorsCustom(FromUtf8(seventeen));
@@ -151,27 +147,25 @@ TEST(CdlDialogs, DialogsSpeakTheUsersLanguageAndCancellingRaisesOnlyWithCancelEr
         testing::Photograph(d, row.picture);
         d.reject();
       });
-      const bool folder_dialog = row.show == &clsZKCDL::ShowFolder;
       SCOPED_TRACE(std::string(row.picture) + (cancel_error ? " with CancelError" : " quietly"));
       EXPECT_EQ(seen, row.seen);
       EXPECT_EQ(raised, cancel_error ? row.raised : "nothing raised");
       EXPECT_EQ(std::to_string(cdl->APIReturn()) + " " + U8(cdl->FileFullName()) + " " + U8(cdl->FontName()) + " " +
                     std::to_string(cdl->Color()) + " " + U8(cdl->FolderPath()),
-                "0 " + (folder.path / "отчёт.txt").string() + " DejaVu Sans 123 " + (folder_dialog ? "" : folder.path.string()));
+                "0 " + Native("отчёт.txt") + " DejaVu Sans 123 " + (row.show == &clsZKCDL::ShowFolder ? "" : Native()));
       EXPECT_EQ(U8(cdl->ColorsCustom()), row.show == &clsZKCDL::ShowColor ? Joined({16777215, 255}, 16777215) : seventeen);
     }
   }
 }
 
-TEST(CdlDialogs, OpenFileShowsTheSettingsAndSplitsTheChoice) {
-  Folder folder;
+TEST_F(CdlDialogs, OpenFileShowsTheSettingsAndSplitsTheChoice) {
   QWidget owner;
   auto cdl = New<clsZKCDL>();
   cdl->LethwndOwner(static_cast<int32_t>(owner.winId()));
   cdl->LetFileDialogTitle(u"Выбор файла");
   cdl->LetFileFilter(u"Тексты|*.txt|Журналы и тексты|*.log;*.txt");
   cdl->LetFileFilterIndex(2);
-  cdl->LetFilePath(Wide(folder.path));
+  cdl->LetFilePath(Path());
   cdl->Letflags(0x1000);
   std::string seen;
   PlayOn<QFileDialog>([&] { cdl->ShowOpenFile(); }, [&](QFileDialog& d) {
@@ -179,9 +173,9 @@ TEST(CdlDialogs, OpenFileShowsTheSettingsAndSplitsTheChoice) {
            " | " + Text(d.directory().absolutePath()) + (d.parentWidget() == &owner ? " | owned" : " | not owned") +
            (d.fileMode() == QFileDialog::ExistingFile ? " | must exist" : " | any file");
     d.selectNameFilter(d.nameFilters().at(0));
-    TypeAndAccept(d, (folder.path / "a.txt").string());
+    TypeAndAccept(d, Native("a.txt"));
   });
-  const std::string dir = folder.path.string();
+  const std::string dir = Native();
   EXPECT_EQ(seen, "Выбор файла | Тексты (*.txt),Журналы и тексты (*.log *.txt) | Журналы и тексты | " + dir +
                       " | owned | must exist");
   EXPECT_EQ(std::to_string(cdl->APIReturn()) + " " + U8(cdl->FileFullName()) + " | " + U8(cdl->FileName()) + " | " +
@@ -189,9 +183,8 @@ TEST(CdlDialogs, OpenFileShowsTheSettingsAndSplitsTheChoice) {
             "1 " + dir + "/a.txt | a.txt | " + dir + " | 1") << "FilePath without its last /; the filter left selected";
 }
 
-TEST(CdlDialogs, SaveFileAddsTheDefaultExtensionChecksTheCapacityAndAsksBeforeReplacing) {
-  Folder folder;
-  const std::string dir = folder.path.string();
+TEST_F(CdlDialogs, SaveFileAddsTheDefaultExtensionChecksTheCapacityAndAsksBeforeReplacing) {
+  const std::string dir = Native();
   // The capacity counts the whole name; names are made to the length each row needs.
   auto name_of_length = [&](size_t n) { return dir + "/" + std::string(n - dir.size() - 1, 'n'); };
   const struct {
@@ -228,7 +221,7 @@ TEST(CdlDialogs, SaveFileAddsTheDefaultExtensionChecksTheCapacityAndAsksBeforeRe
   }
 }
 
-TEST(CdlDialogs, ColorDialogTradesColoursBothWays) {
+TEST_F(CdlDialogs, ColorDialogTradesColoursBothWays) {
   for (const int32_t flags : {1, 0}) {  // flag 1 starts from Color, else from black
     auto cdl = New<clsZKCDL>();
     cdl->LetColor(0x0000FF);  // red: red is the low byte
@@ -250,7 +243,7 @@ TEST(CdlDialogs, ColorDialogTradesColoursBothWays) {
   }
 }
 
-TEST(CdlDialogs, FontDialogMapsTheFontPropertiesBothWays) {
+TEST_F(CdlDialogs, FontDialogMapsTheFontPropertiesBothWays) {
   auto cdl = New<clsZKCDL>();
   cdl->LetFontName(u"DejaVu Serif");
   cdl->LetFontSize(14);
@@ -280,14 +273,13 @@ TEST(CdlDialogs, FontDialogMapsTheFontPropertiesBothWays) {
   EXPECT_EQ(cdl->FontColor(), 0x123456) << "the dialog offers no colour; it is kept";
 }
 
-TEST(CdlDialogs, FolderDialogShowsThePromptWholeAndStartsInFolderPath) {
-  Folder folder;
+TEST_F(CdlDialogs, FolderDialogShowsThePromptWholeAndStartsInFolderPath) {
   auto cdl = New<clsZKCDL>();
   const std::string prompt =
       "Выберите папку, в которую программа сохранит отчёты, журналы и копии настроек за "
       "прошедший месяц; её можно будет сменить позже";
   cdl->LetFolderPrompt(FromUtf8(prompt));
-  cdl->LetFolderPath(Wide(folder.path));
+  cdl->LetFolderPath(Path());
   std::string seen;
   PlayOn<QFileDialog>([&] { cdl->ShowFolder(); }, [&](QFileDialog& d) {
     auto* label = d.findChild<QLabel*>(QStringLiteral("folderPrompt"));
@@ -300,10 +292,10 @@ TEST(CdlDialogs, FolderDialogShowsThePromptWholeAndStartsInFolderPath) {
     seen = Text(label->text()) + (whole ? " | whole, wrapped" : " | cut") +
            (label->geometry().bottom() < list->geometry().top() ? ", above the list" : ", not above") + " | " +
            Text(d.directory().absolutePath()) + (d.fileMode() == QFileDialog::Directory ? " | folders" : " | files");
-    TypeAndAccept(d, (folder.path / "sub").string());
+    TypeAndAccept(d, Native("sub"));
   });
-  EXPECT_EQ(seen, prompt + " | whole, wrapped, above the list | " + folder.path.string() + " | folders");
-  EXPECT_EQ(U8(cdl->FolderPath()) + " " + std::to_string(cdl->APIReturn()), (folder.path / "sub").string() + " 1");
+  EXPECT_EQ(seen, prompt + " | whole, wrapped, above the list | " + Native() + " | folders");
+  EXPECT_EQ(U8(cdl->FolderPath()) + " " + std::to_string(cdl->APIReturn()), Native("sub") + " 1");
   PlayOn<QFileDialog>([&] { cdl->ShowFolder(); }, [](QFileDialog& d) { d.reject(); });
   EXPECT_EQ(cdl->APIReturn(), 1) << "a cancelled folder dialog leaves APIReturn as it was";
 }
@@ -317,9 +309,8 @@ class FileOpener : public QObject {
   void Open(const QUrl& url) { opened += url.toString().toStdString() + ";"; }
 };
 
-TEST(CdlDialogs, HelpOpensTheFileWithTheDesktopHandler) {
-  Folder folder;
-  const std::string help = (folder.path / "a.txt").string();
+TEST_F(CdlDialogs, HelpOpensTheFileWithTheDesktopHandler) {
+  const std::string help = Native("a.txt");
   FileOpener opener;
   QDesktopServices::setUrlHandler(QStringLiteral("file"), &opener, "Open");
   const struct {

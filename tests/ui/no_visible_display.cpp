@@ -62,7 +62,6 @@ TEST(NoVisibleDisplay, ReportsGoToStandardErrorAndDialogsEndUnshown) {
       {"wayland named without a compositor",
        {{"DISPLAY", std::nullopt}, {"WAYLAND_DISPLAY", "wayland-64999"}, {"QT_QPA_PLATFORM", "wayland"}}, "offscreen"},
       {"a platform that does not exist", {{"QT_QPA_PLATFORM", "nosuchplatform"}}, "offscreen"},
-      {"offscreen named by the host", {{"QT_QPA_PLATFORM", "offscreen"}}, "offscreen"},
       {"minimal named by the host", {{"QT_QPA_PLATFORM", "minimal"}}, "minimal"},
   };
   for (const auto& row : rows) {

@@ -10,18 +10,18 @@
 #include <QPushButton>
 #include <QTextBlock>
 #include <filesystem>
-#include <fstream>
 
 #include "report_file_name.h"
 #include "tsruntime/automation/codepage.h"
 #include "tsruntime/clsTSErrors.h"
 #include "tsruntime/error_report.h"
+#include "system/fs_fixture.h"
 #include "ui_support.h"
 
 namespace tsruntime {
 namespace {
 
-namespace fs = std::filesystem;
+using ReportWindow = testing::FsTest;  // a scratch folder per test
 using testing::ModalScript;
 using testing::Text;
 using testing::U8;
@@ -61,7 +61,7 @@ std::string Columns(QPlainTextEdit& box) {
 
 // The values after "Программа:" (one tab) and "Модуль:" (two tabs) start in one column, a
 // space at least after the wider label, in whatever font the window has.
-TEST(ReportWindow, ShowsTheReportWithItsFixedTextsAndLinesUpTheValues) {
+TEST_F(ReportWindow, ShowsTheReportWithItsFixedTextsAndLinesUpTheValues) {
   const std::pair<QString, int> faces[] = {{QString(), 0}, {QStringLiteral("DejaVu Serif"), 16},
                                             {QStringLiteral("DejaVu Sans Condensed"), 7}, {QStringLiteral("DejaVu Sans Mono"), 10}};
   for (const String& program : {String(u"Склад"), String()}) {  // a program name goes into the caption
@@ -97,7 +97,7 @@ TEST(ReportWindow, ShowsTheReportWithItsFixedTextsAndLinesUpTheValues) {
 // The save dialog, over the report, proposes a name with the local date and time. The file
 // is written whole (CR LF line ends, code page 1251), replacing one of that name; a failed
 // write names the file in an information box titled as the report, which stays open.
-TEST(ReportWindow, SavesTheReportUnderTheChosenNameWithTheExtensionRule) {
+TEST_F(ReportWindow, SavesTheReportUnderTheChosenNameWithTheExtensionRule) {
   const struct {
     const char* what;
     std::string typed;    // "" cancels the dialog
@@ -112,13 +112,12 @@ TEST(ReportWindow, SavesTheReportUnderTheChosenNameWithTheExtensionRule) {
       {"a folder that does not exist: the write fails", "missing/report", ""},
   };
   const std::string shown = "Сохранение отчёта об ошибке | Текстовые файлы (*.txt) (*.txt),Все файлы (*.*) (*.*) | over the report | ";
-  const fs::path working = fs::current_path();
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
-    const testing::ScratchFolder scratch;
-    const fs::path& folder = scratch.path;
-    fs::current_path(folder);  // where the save dialog starts: nothing of the machine's in it
-    if (!row.written.empty()) std::ofstream(folder / row.written) << "old content, longer than nothing at all";
+    const std::string folder = std::to_string(&row - rows);
+    MakeFolder(folder);
+    std::filesystem::current_path(Native(folder));  // where the save dialog starts: nothing of the machine's in it
+    if (!row.written.empty()) Put(folder + "/" + row.written, "old content, longer than nothing at all");
     const bool fails = row.typed.find('/') != std::string::npos;
     auto errors = SampleErrors(u"Склад");
     std::string dialog, box;
@@ -130,7 +129,7 @@ TEST(ReportWindow, SavesTheReportUnderTheChosenNameWithTheExtensionRule) {
                (d.parentWidget() && d.parentWidget()->objectName() == u"frmError" ? "over the report" : "ownerless") +
                " | " + Text(name->text());
       if (fails) testing::Photograph(d, "frmError-save");
-      name->setText(QString::fromStdString((folder / row.typed).string()));
+      name->setText(QString::fromStdString(Native(folder + "/" + row.typed)));
       row.typed.empty() ? d.reject() : static_cast<QDialog&>(d).accept();
     });
     if (fails) {
@@ -143,20 +142,16 @@ TEST(ReportWindow, SavesTheReportUnderTheChosenNameWithTheExtensionRule) {
     script.On<QDialog>([](QDialog& form) { Click(form, "btnClose"); }, "frmError");  // still open
     testing::Play(script, [&] { errors->ShowErrorMessage(); });
     const String after = ui_detail::ProposedReportNameNow();
-    fs::current_path(working);
     EXPECT_TRUE(dialog == shown + U8(before) || dialog == shown + U8(after)) << dialog;
-    EXPECT_EQ(box, fails ? "Ошибка: Склад | Ошибка записи в файл:\r\n'" + (folder / row.typed).string() + ".txt' (information)" : "");
+    EXPECT_EQ(box, fails ? "Ошибка: Склад | Ошибка записи в файл:\r\n'" + Native(folder + "/" + row.typed) + ".txt' (information)" : "");
     std::string files;  // each file's name and content
-    for (const auto& entry : fs::directory_iterator(folder)) {
-      std::ifstream in(entry.path(), std::ios::binary);
-      files += entry.path().filename().string() + ": " + std::string(std::istreambuf_iterator<char>(in), {});
-    }
+    for (const std::string& name : Listing(folder)) files += name + ": " + Get(folder + "/" + name);
     const std::vector<uint8_t> ansi = StringToAnsi(ErrorReportText(*errors, u"", 0));
     EXPECT_EQ(files, row.written.empty() ? "" : row.written + ": " + std::string(ansi.begin(), ansi.end()));
   }
 }
 
-TEST(ReportWindow, ProposedNamesFollowTheStampPatternAndTheExtensionRuleReadsPastFolders) {
+TEST_F(ReportWindow, ProposedNamesFollowTheStampPatternAndTheExtensionRuleReadsPastFolders) {
   for (const auto& [hour, minute, name] : {std::tuple{9, 5, u"Отчёт об ошибке [2025-02-01 09-05].txt"},
                                            {23, 59, u"Отчёт об ошибке [2025-02-01 23-59].txt"}}) {  // hours 0 to 23
     const std::tm local{.tm_min = minute, .tm_hour = hour, .tm_mday = 1, .tm_mon = 1, .tm_year = 2025 - 1900};

@@ -37,14 +37,19 @@ std::string Properties(const QWidget& w, const std::vector<std::pair<const Objec
   return out.join(u' ').toStdString();
 }
 
-// Clients run latest first; detaching one keeps the others in order, even inside a
-// dispatch, where the rest of it sees the change; the last detach unhooks the window.
-TEST(Subclass, BookkeepingLivesInTheWindowsPropertiesAndDetachingKeepsTheOrder) {
+// Each test's journal, subclasser and window, its native window made.
+class Subclass : public ::testing::Test {
+ protected:
   TestWindow window;
   const int32_t h = window.handle();
-  const std::string n = std::to_string(h);
   std::string journal;
-  auto sub = New<GSubclass>();
+  Ref<GSubclass> sub = New<GSubclass>();
+};
+
+// Clients run latest first; detaching one keeps the others in order, even inside a
+// dispatch, where the rest of it sees the change; the last detach unhooks the window.
+TEST_F(Subclass, BookkeepingLivesInTheWindowsPropertiesAndDetachingKeepsTheOrder) {
+  const std::string n = std::to_string(h);
   auto a = New<Recorder>("A", &journal), b = New<Recorder>("B", &journal), c = New<Recorder>("C", &journal);
   const auto properties = [&] { return Properties(*window.widget, {{a.get(), "A"}, {b.get(), "B"}, {c.get(), "C"}}); };
   for (auto* r : {a.get(), b.get(), c.get()}) sub->AttachMessage(Ref<Object>(r), h, kUser);
@@ -76,7 +81,7 @@ TEST(Subclass, BookkeepingLivesInTheWindowsPropertiesAndDetachingKeepsTheOrder) 
 // stands; preprocess: the widget before the earliest client, whose result stands;
 // postprocess: the widget after the clients, its result returned. The later client's
 // response is never read; one changed inside WindowProc counts after the loop.
-TEST(Subclass, ClientsRunLatestFirstAndOnlyTheEarliestDecidesOnThePreviousProcedure) {
+TEST_F(Subclass, ClientsRunLatestFirstAndOnlyTheEarliestDecidesOnThePreviousProcedure) {
   const struct {
     EMsgResponse first, second;
     bool first_switches_to_postprocessing;  // inside its WindowProc
@@ -91,28 +96,27 @@ TEST(Subclass, ClientsRunLatestFirstAndOnlyTheEarliestDecidesOnThePreviousProced
   for (const auto& row : rows) {
     SCOPED_TRACE("responses " + std::to_string(row.first) + ", " + std::to_string(row.second) +
                  (row.first_switches_to_postprocessing ? ", switched" : ""));
-    TestWindow window;
-    window.widget->show();
-    std::string journal;
-    auto sub = New<GSubclass>();
+    TestWindow shown;  // closing destroys the native window: one per row
+    shown.widget->show();
+    journal.clear();
     auto a = New<Recorder>("A", &journal, 1, row.first), b = New<Recorder>("B", &journal, 2, row.second);
-    b->action = [&](int32_t, int32_t) { journal += window.widget->isVisible() ? "+" : "-"; };
+    b->action = [&](int32_t, int32_t) { journal += shown.widget->isVisible() ? "+" : "-"; };
     a->action = [&](int32_t h, int32_t m) {
       b->action(h, m);
       if (row.first_switches_to_postprocessing) a->LetMsgResponse(emrPostProcess);
     };
-    sub->AttachMessage(a, window.handle(), wm::kClose);
-    sub->AttachMessage(b, window.handle(), wm::kClose);
-    EXPECT_EQ(SendMessage(window.handle(), wm::kClose, 0, 0), row.result);
+    sub->AttachMessage(a, shown.handle(), wm::kClose);
+    sub->AttachMessage(b, shown.handle(), wm::kClose);
+    EXPECT_EQ(SendMessage(shown.handle(), wm::kClose, 0, 0), row.result);
     EXPECT_EQ(journal, row.journal);
-    EXPECT_EQ(window.widget->isVisible(), row.visible_after);
-    sub->DetachMessage(a, window.handle(), wm::kClose);
-    sub->DetachMessage(b, window.handle(), wm::kClose);
+    EXPECT_EQ(shown.widget->isVisible(), row.visible_after);
+    sub->DetachMessage(a, shown.handle(), wm::kClose);
+    sub->DetachMessage(b, shown.handle(), wm::kClose);
   }
 }
 
 // A window made by another X client, through a connection of its own, is external.
-TEST(Subclass, FailuresLeaveTheWindowAsItWas) {
+TEST_F(Subclass, FailuresLeaveTheWindowAsItWas) {
   xcb_connection_t* other = xcb_connect(nullptr, nullptr);
   xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(other)).data;
   const xcb_window_t id = xcb_generate_id(other);
@@ -121,10 +125,6 @@ TEST(Subclass, FailuresLeaveTheWindowAsItWas) {
   xcb_map_window(other, id);
   free(xcb_get_input_focus_reply(other, xcb_get_input_focus(other), nullptr));
   const auto foreign = static_cast<int32_t>(id);
-  TestWindow window;
-  const int32_t h = window.handle();
-  std::string journal;
-  auto sub = New<GSubclass>();
   auto a = New<Recorder>("A", &journal);
   sub->AttachMessage(a, h, kUser);
   const std::string before = Properties(*window.widget);
@@ -154,17 +154,13 @@ TEST(Subclass, FailuresLeaveTheWindowAsItWas) {
 
 // Nested messages dispatch recursively; posted ones arrive when the thread pumps; the
 // current message is per thread, set only by routing, and kept after the dispatch.
-TEST(Subclass, MessagesDispatchRecursivelyOrWhenPostedAndSetTheCurrentMessage) {
-  TestWindow window;
+TEST_F(Subclass, MessagesDispatchRecursivelyOrWhenPostedAndSetTheCurrentMessage) {
   window.widget->show();
-  const int32_t h = window.handle();
-  auto sub = New<GSubclass>();
   const auto call_old = [&] {
     const int32_t result = sub->CallOldWindowProc(h, wm::kClose, 0, 0);
     return std::to_string(result) + (window.widget->isVisible() ? " shown" : " closed");
   };
   EXPECT_EQ(call_old(), "0 shown") << "a window never hooked has no previous procedure";
-  std::string journal;
   auto outer = New<Recorder>("outer", &journal, 1), inner = New<Recorder>("inner", &journal, 2);
   inner->with_message = inner->with_params = true;
   outer->action = [&](int32_t hwnd, int32_t) {
@@ -202,17 +198,14 @@ struct DeletionWatcher : QObject {
 
 // Without a client of the destroy notice, a deleted widget unhooks before the notice goes
 // on: the procedure and the count go, the per-message entries stay.
-TEST(Subclass, ADeletedWidgetUnhooksBeforeTheDestroyNotice) {
-  std::string journal;
+TEST_F(Subclass, ADeletedWidgetUnhooksBeforeTheDestroyNotice) {
   auto a = New<Recorder>("A", &journal);
-  auto* widget = new QWidget;
-  const int32_t h = static_cast<int32_t>(widget->winId());
   const std::string n = std::to_string(h);
   DeletionWatcher watcher;
   watcher.names = {n, "C" + n, n + "#1024C", n + "#1024#1"};
-  widget->installEventFilter(&watcher);  // before the chain's, so it runs after it
-  New<GSubclass>()->AttachMessage(a, h, kUser);
-  delete widget;
+  window.widget->installEventFilter(&watcher);  // before the chain's, so it runs after it
+  sub->AttachMessage(a, h, kUser);
+  delete window.widget.data();
   EXPECT_EQ(watcher.seen, n + "- C" + n + "- " + n + "#1024C+ " + n + "#1024#1+ ");
   EXPECT_EQ(journal, "");
 }
@@ -220,27 +213,26 @@ TEST(Subclass, ADeletedWidgetUnhooksBeforeTheDestroyNotice) {
 // Closing a top-level destroys its native window, as on the platform: the clients of the
 // destroy notice get it while the widget exists, the widget learns that its handle is
 // gone, and the window shown again is a new one that nothing has hooked.
-TEST(Subclass, AClosedTopLevelIsDestroyedAndShownAgainUnhooked) {
+TEST_F(Subclass, AClosedTopLevelIsDestroyedAndShownAgainUnhooked) {
   for (const bool client_on_destroy : {true, false}) {
     SCOPED_TRACE(client_on_destroy ? "a client of the destroy notice" : "no client of the destroy notice");
-    TestWindow window;
-    window.widget->show();
-    const int32_t h = window.handle();
-    std::string journal;
-    auto sub = New<GSubclass>();
+    TestWindow top;
+    top.widget->show();
+    const int32_t first = top.handle();
+    journal.clear();
     auto a = New<Recorder>("A", &journal), b = New<Recorder>("B", &journal, 0, emrPostProcess);
     a->with_message = b->with_message = true;
     a->action = [&](int32_t hwnd, int32_t) { journal += QWidget::find(static_cast<WId>(hwnd)) ? " found" : " gone"; };
-    if (client_on_destroy) sub->AttachMessage(a, h, wm::kDestroy);
-    sub->AttachMessage(b, h, wm::kClose);
-    sub->AttachMessage(b, h, kUser);
-    window.widget->close();
+    if (client_on_destroy) sub->AttachMessage(a, first, wm::kDestroy);
+    sub->AttachMessage(b, first, wm::kClose);
+    sub->AttachMessage(b, first, kUser);
+    top.widget->close();
     EXPECT_EQ(journal, client_on_destroy ? "B:16 A:2 found" : "B:16");
-    EXPECT_EQ(window.widget->internalWinId(), 0u) << "no native window";
-    EXPECT_FALSE(DestroyWindow(h)) << "no window any more";
-    window.widget->show();
-    const int32_t again = static_cast<int32_t>(window.widget->winId());
-    EXPECT_NE(again, h);
+    EXPECT_EQ(top.widget->internalWinId(), 0u) << "no native window";
+    EXPECT_FALSE(DestroyWindow(first)) << "no window any more";
+    top.widget->show();
+    const int32_t again = static_cast<int32_t>(top.widget->winId());
+    EXPECT_NE(again, first);
     journal.clear();
     SendMessage(again, kUser, 0, 0);
     EXPECT_EQ(journal, "") << "the new window is not hooked";
@@ -252,20 +244,18 @@ TEST(Subclass, AClosedTopLevelIsDestroyedAndShownAgainUnhooked) {
   }
 }
 
-Variant Call(Object& o, StringView member, std::vector<Argument> args = {}) {
-  return Invoke(o, member, InvokeKind::kCall, args);
-}
-
 // Its handle, its properties as scripts read them, and the widget going with the object.
 TEST(PlainWindow, GivesScriptsAHandleAndTheSubclassingProperties) {
   const auto widgets_before = QApplication::topLevelWidgets().size();
   Ref<Object> window = CreateObject(u"TSRuntimeLib.PlainWindow");
-  const int32_t h = ToLong(Call(*window, u"Handle"));
+  std::vector<Argument> args;  // none for the handle
+  const int32_t h = ToLong(Invoke(*window, u"Handle", InvokeKind::kCall, args));
   std::string journal;
   auto client = New<Recorder>("A", &journal, 4);
   New<GSubclass>()->AttachMessage(client, h, 0x401);
   const auto property = [&](const std::string& suffix) {
-    const Variant v = Call(*window, u"WindowProperty", {{{}, Variant(FromAscii(std::to_string(h) + suffix))}});
+    args = {{{}, Variant(FromAscii(std::to_string(h) + suffix))}};
+    const Variant v = Invoke(*window, u"WindowProperty", InvokeKind::kCall, args);
     return ToUtf8(TypeName(v.type())) + " " + ToUtf8(ToString(v));
   };
   EXPECT_EQ(property("#1025C") + " | " + property("#1025#1") + " | " + property("#1026C"),

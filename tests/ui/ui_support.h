@@ -11,9 +11,7 @@
 #include <QTimer>
 #include <QWidget>
 #include <QWindow>
-#include <unistd.h>
 
-#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -33,14 +31,6 @@ void MovePointer(unsigned long window, int x, int y);  // window 0: the screen
 void Focus(unsigned long window);
 
 inline std::string Text(const QString& s) { return s.toStdString(); }
-
-// A fresh folder under the temporary one, removed with the test.
-struct ScratchFolder {
-  ScratchFolder() { std::filesystem::create_directories(path); }
-  ~ScratchFolder() { std::filesystem::remove_all(path); }
-  static inline int counter = 0;
-  const std::filesystem::path path = std::filesystem::temp_directory_path() / ("ui-" + std::to_string(getpid()) + "-" + std::to_string(counter++));
-};
 
 // Pumps this thread's events until `done` holds; the deadline only guards against a hang.
 inline bool PumpUntil(const std::function<bool()>& done, int deadline_ms = 5000) {
