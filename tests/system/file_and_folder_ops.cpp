@@ -36,9 +36,8 @@ TEST_F(FileAndFolderOps, IsPathExistsAndIsDirEmpty) {
       {"the empty path, whose listing is the root's", u"", false, false, false},
   };
   for (const auto& [what, path, file, exists, empty] : rows) {
-    EXPECT_EQ(fs_->IsFileExists(path), file) << what;
-    EXPECT_EQ(fs_->IsPathExists(path), exists) << what;
-    EXPECT_EQ(fs_->IsDirEmpty(path), empty) << what;
+    EXPECT_EQ(std::tuple(fs_->IsFileExists(path), fs_->IsPathExists(path), fs_->IsDirEmpty(path)),
+              std::tuple(file, exists, empty)) << what;
   }
 }
 
@@ -100,26 +99,18 @@ TEST_F(FileAndFolderOps, KillRenameAndMakeDoExactlyWhatIsNamedOrRaiseAndChangeNo
       {"a folder holding the current one", kDirKill, u"..", "", "Permission denied"},
       {"a file system mounted inside", kDirKill, Path("mounted"), "", mounted ? "Permission denied" : ""},
   };
-  // Each operation's name, code and argument labels, in the order of Op.
-  const struct { const char* name; int32_t code; const char *first, *second; } ops[] = {{"FileKill", xcZKERR_FS_FILEKILL, "FileFullName", nullptr},
-             {"FileRename", xcZKERR_FS_FILERENAME, "FileFullName", "FileShortNameNew"},
-             {"DirsMake", xcZKERR_FS_DIRSMAKE, "DirFullPath", nullptr},
-             {"DirRename", xcZKERR_FS_DIRRENAME, "DirFullName", "DirShortNameNew"},
-             {"DirKill", xcZKERR_FS_DIRKILL, "DirFullName", nullptr}};
+  // Each operation's name, code, argument labels and call, in the order of Op.
+  using Call = std::function<bool(const String&, const String&, bool)>;
+  const struct { const char* name; int32_t code; const char *first, *second; Call call; } ops[] = {
+      {"FileKill", xcZKERR_FS_FILEKILL, "FileFullName", nullptr, [&](auto& p, auto&, bool f) { return fs_->FileKill(p, f); }},
+      {"FileRename", xcZKERR_FS_FILERENAME, "FileFullName", "FileShortNameNew", [&](auto& p, auto& n, bool) { return fs_->FileRename(p, n); }},
+      {"DirsMake", xcZKERR_FS_DIRSMAKE, "DirFullPath", nullptr, [&](auto& p, auto&, bool) { return fs_->DirsMake(p); }},
+      {"DirRename", xcZKERR_FS_DIRRENAME, "DirFullName", "DirShortNameNew", [&](auto& p, auto& n, bool) { return fs_->DirRename(p, n); }},
+      {"DirKill", xcZKERR_FS_DIRKILL, "DirFullName", nullptr, [&](auto& p, auto&, bool f) { return fs_->DirKill(p, f); }}};
   for (const auto& [what, id, path, second, outcome] : rows) {
     if (outcome.empty()) continue;
     const auto& op = ops[id];
-    const bool force = second != "unforced";
-    const std::string got = Run([&] {
-      switch (id) {
-        case kFileKill: return fs_->FileKill(path, force);
-        case kFileRename: return fs_->FileRename(path, FromUtf8(second));
-        case kDirsMake: return fs_->DirsMake(path);
-        case kDirRename: return fs_->DirRename(path, FromUtf8(second));
-        case kDirKill: return fs_->DirKill(path, force);
-      }
-      return false;
-    });
+    const std::string got = Run([&] { return op.call(path, FromUtf8(second), second != "unforced"); });
     std::string shown = U8(path);
     if (shown.starts_with(Native())) shown.replace(0, Native().size(), "~");
     const std::string raised = std::to_string(op.code) + " " + op.name + ": " + outcome + "|" + op.first +
@@ -201,27 +192,25 @@ TEST_F(FileAndFolderOps, FileSetDateTimeSetsWhatIsGivenAndRefusesWhatIsNot) {
   const Variant none = Variant::Missing();
   ASSERT_TRUE(fs_->FileSetDateTime(Path("f.txt"), none, Variant(march), Variant(march)));
   const time_t last_access = Info("f.txt").st_atim.tv_sec;
-  // (what, file, created, accessed, written); the refused set nothing.
-  const std::tuple<const char*, std::string, Variant, Variant, Variant> refused[] = {
-      {"text that is no date", "f.txt", none, none, Variant(u"abc")},
-      {"Null", "f.txt", none, Variant::Null(), none},
-      {"a bad creation date", "f.txt", Variant(u"abc"), none, Variant(july)},
-      {"before 1601", "f.txt", none, none, Variant(Date::FromParts({1600, 12, 31}))},
-      {"a missing file", "none", none, none, Variant(july)},
-      {"a read-only file", "ro.txt", none, none, Variant(july)},
-      {"a folder", "folder", none, none, Variant(july)},
+  // (what, file, created, accessed, written, result, the date f.txt has then), in order.
+  const std::tuple<const char*, std::string, Variant, Variant, Variant, bool, Date> rows[] = {
+      {"text that is no date", "f.txt", none, none, Variant(u"abc"), false, march},
+      {"Null", "f.txt", none, Variant::Null(), none, false, march},
+      {"a bad creation date", "f.txt", Variant(u"abc"), none, Variant(july), false, march},
+      {"before 1601", "f.txt", none, none, Variant(Date::FromParts({1600, 12, 31})), false, march},
+      {"a missing file", "none", none, none, Variant(july), false, march},
+      {"a read-only file", "ro.txt", none, none, Variant(july), false, march},
+      {"a folder", "folder", none, none, Variant(july), false, march},
+      {"no dates at all", "f.txt", none, none, none, true, march},
+      {"a creation date is ignored", "f.txt", Variant(july), none, none, true, march},
+      {"a date the file system cannot hold sets nothing (ext4 starts in 1901)", "f.txt", none, none,
+       Variant(old_date), !ext4, ext4 ? march : old_date},
+      {"a date as text", "f.txt", none, none, Variant(u"2021-07-04 13:45:30"), true, july},
   };
-  for (const auto& [what, file, created, accessed, written] : refused) {
-    EXPECT_FALSE(fs_->FileSetDateTime(Path(file), created, accessed, written)) << what;
+  for (const auto& [what, file, created, accessed, written, ok, then] : rows) {
+    EXPECT_EQ(fs_->FileSetDateTime(Path(file), created, accessed, written), ok) << what;
+    EXPECT_EQ(FileDateTime(Path("f.txt")), then) << what;
   }
-  EXPECT_TRUE(fs_->FileSetDateTime(Path("f.txt"))) << "no dates at all";
-  EXPECT_TRUE(fs_->FileSetDateTime(Path("f.txt"), Variant(july))) << "a creation date is ignored";
-  EXPECT_EQ(FileDateTime(Path("f.txt")), march) << "nothing set so far";
-  EXPECT_EQ(fs_->FileSetDateTime(Path("f.txt"), none, none, Variant(old_date)), !ext4)
-      << "a date the file system cannot hold sets nothing (ext4 starts in 1901)";
-  EXPECT_EQ(FileDateTime(Path("f.txt")), ext4 ? march : old_date);
-  EXPECT_TRUE(fs_->FileSetDateTime(Path("f.txt"), none, none, Variant(u"2021-07-04 13:45:30")));
-  EXPECT_EQ(FileDateTime(Path("f.txt")), july) << "a date as text";
   EXPECT_EQ(Info("f.txt").st_atim.tv_sec, last_access) << "last access untouched throughout";
   EXPECT_EQ(Outcome([&] { return ToUtf8(FileDateTime(Path("none")).ToText()); }), "error 53");
 }

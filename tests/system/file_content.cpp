@@ -10,19 +10,20 @@ namespace {
 using FileContent = FsTest;
 
 // Text is one ANSI (1251) byte a character, with nothing added; a read gives the whole
-// file or fails and leaves the buffer as it was, and bytes come from index 0.
-TEST_F(FileContent, ReadsGiveTheWholeFileOrLeaveTheBufferAlone) {
+// file or fails and leaves the buffer as it was, and bytes come from index 0. What cannot
+// be read (a folder, a file in a missing folder) cannot be written either, and loses nothing.
+TEST_F(FileContent, ReadsGiveTheWholeFileOrLeaveTheBufferAloneAndWhatCannotBeReadIsNotWritten) {
   ASSERT_TRUE(fs_->StringWrite(u"Ёлка\r\n€漢\x01я", Path("Новый файл.ini")));
   EXPECT_EQ(Get("Новый файл.ini"), "\xA8\xEB\xEA\xE0\r\n\x88?\x01\xFF")
       << "1251 bytes, no byte-order mark, no line break added, '?' for what 1251 lacks";
   Put("bytes.bin", std::string("\0\x01\xFF", 3));
   Put("empty.txt", "");
-  MakeFolder("folder");
+  Put("folder/inside.txt", "kept");
   const std::tuple<std::string, bool, String> rows[] = {  // (name, read, text then)
       {"Новый файл.ini", true, u"Ёлка\r\n€?\x01я"},
       {"bytes.bin", true, String(u"\0\x01я", 3)},
       {"empty.txt", true, u""},
-      {"none.txt", false, u"before"},
+      {"none/x.txt", false, u"before"},
       {"folder", false, u"before"},
   };
   for (const auto& [name, ok, text] : rows) {
@@ -35,7 +36,11 @@ TEST_F(FileContent, ReadsGiveTheWholeFileOrLeaveTheBufferAlone) {
     EXPECT_EQ(fs_->BinaryRead(Path(name), bytes), has_bytes) << name;
     EXPECT_EQ(Text(bytes.bytes()), has_bytes ? Get(name) : "keep") << name;
     EXPECT_EQ(bytes.lbound(), 0) << name;
+    EXPECT_TRUE(ok || !(fs_->BinaryWrite(Path(name), ByteArray("new")) || fs_->StringWrite(u"new", Path(name)) ||
+                        fs_->StringWrite(u"new", Path(name), xcZK_FILEWRITE_APPEND))) << name;
   }
+  EXPECT_EQ(Get("folder/inside.txt"), "kept");
+  EXPECT_EQ(Listing(), (Names{"bytes.bin", "empty.txt", "folder", "Новый файл.ini"}));
   EXPECT_EQ(fs_->StringReadAsString(Variant::Null()), u"") << "Null is no file name";
   SafeArray strings(VarType::kString);
   EXPECT_EQ(Outcome([&] { return fs_->BinaryRead(Path("bytes.bin"), strings) ? "T" : "F"; }),
@@ -45,15 +50,9 @@ TEST_F(FileContent, ReadsGiveTheWholeFileOrLeaveTheBufferAlone) {
 // StringWrite("new", mode) or BinaryWrite(bytes) over a file holding `before`, read-only
 // or not: a read-only file refuses text, and bytes replace it and leave it read-only.
 TEST_F(FileContent, WritesLeaveExactlyTheNewContentOrTheOldOne) {
-  const struct {
-    const char* what;
-    const char* before;  // nullptr: no file
-    bool read_only;
-    int32_t mode;
-    bool ok;
-    std::optional<std::string> after;  // nullopt: no file
-    std::optional<SafeArray> bytes = std::nullopt;  // BinaryWrite's, when given
-  } rows[] = {
+  // No file `before` or `after` is nullptr or nullopt; `bytes`, when given, are BinaryWrite's.
+  const struct { const char* what; const char* before; bool read_only; int32_t mode; bool ok;
+                 std::optional<std::string> after; std::optional<SafeArray> bytes = std::nullopt; } rows[] = {
       {"replace, the default, replaces the whole file", "old content", false, 4, true, "new"},
       {"replace creates a missing file", nullptr, false, 4, true, "new"},
       {"append adds at the end", "old", false, 8, true, "oldnew"},
@@ -104,17 +103,6 @@ TEST_F(FileContent, ReplacingKeepsLinksNamesAndPermissions) {
   EXPECT_EQ(Mode("target.txt"), 0640u);
   EXPECT_EQ(Info("a.txt").st_nlink, 2u);
   EXPECT_EQ(Listing(), (Names{"a.txt", "b.txt", "dangling.txt", "link.txt", "made.txt", "target.txt"}));
-}
-
-TEST_F(FileContent, WritesThatCannotHappenFailAndLoseNothing) {
-  Put("folder/inside.txt", "kept");
-  for (const char* name : {"folder", "none/x"}) {
-    EXPECT_FALSE(fs_->BinaryWrite(Path(name), ByteArray("new"))) << name;
-    EXPECT_FALSE(fs_->StringWrite(u"new", Path(name))) << name;
-    EXPECT_FALSE(fs_->StringWrite(u"new", Path(name), xcZK_FILEWRITE_APPEND)) << name;
-  }
-  EXPECT_EQ(Get("folder/inside.txt"), "kept");
-  EXPECT_EQ(Listing(), Names{"folder"});
 }
 
 }  // namespace

@@ -25,15 +25,18 @@ inline std::string Text(const Bytes& bytes) { return std::string(bytes.begin(), 
 inline Bytes ToBytes(const std::string& text) { return Bytes(text.begin(), text.end()); }
 inline SafeArray ByteArray(const std::string& text) { return SafeArray::FromBytes(ToBytes(text)); }
 
+// The registry store lives in the scratch folder too, so no test sees another's keys.
 class FsTest : public ::testing::Test {
  protected:
   FsTest() {
     std::string pattern = (std::filesystem::temp_directory_path() / "tsrt-fs-XXXXXX").string();
     if (!::mkdtemp(pattern.data())) ADD_FAILURE() << "no scratch folder";
     root_ = pattern;
+    ::setenv("TSRUNTIME_REGISTRY_DIR", root_.c_str(), 1);
   }
   // Tests may change the current folder; it is put back.
   ~FsTest() override {
+    ::unsetenv("TSRUNTIME_REGISTRY_DIR");
     std::filesystem::current_path(cwd_);
     for (const std::string& folder : mounts_) ::umount2(folder.c_str(), MNT_DETACH);
     std::filesystem::remove_all(root_);

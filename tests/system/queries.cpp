@@ -38,8 +38,7 @@ TEST_F(Queries, DiskSpaceIsThe32BitCountOrMinusOne) {
       {Path("large"), -1, -1},           {Path("none"), -1, -1},
       {u"", -1, -1}};
   for (const auto& [disk, all, free] : rows) {
-    EXPECT_EQ(fs_->GetDiskSpaceAll(disk), all) << U8(disk);
-    EXPECT_EQ(fs_->GetDiskSpaceFree(disk), free) << U8(disk);
+    EXPECT_EQ(std::pair(fs_->GetDiskSpaceAll(disk), fs_->GetDiskSpaceFree(disk)), std::pair(all, free)) << U8(disk);
   }
 }
 

@@ -10,6 +10,7 @@
 #include <regex>
 
 #include "support/child_process.h"
+#include "support/outcome.h"
 #include "tsruntime/automation/convert.h"
 #include "tsruntime/automation/dispatch.h"
 #include "tsruntime/clsZKRunTimeLib.h"
@@ -20,7 +21,7 @@
 namespace tsruntime {
 namespace {
 
-std::string U8(StringView text) { return ToUtf8(text); }
+using testing::U8;
 // The first line a program prints.
 std::string Line(const char* program) {
   const std::string out = testing::RunProgram({program}).output;
@@ -35,17 +36,15 @@ TEST(SystemInfo, CreateGuidGivesDistinctUpperCaseGuidsWithoutBraces) {
   EXPECT_EQ(seen.size(), 100u);
 }
 
-TEST(SystemInfo, TheUserNameEndsInAZeroCharacterAndTheComputerNameDoesNot) {
+// The user name ends in a zero character and the computer name does not. The platform
+// keeps both names in UTF-8, read through the ANSI code page: this test runs again in a child with a host name and a view
+// of /etc/passwd of its own, which takes each name in turn.
+TEST(SystemInfo, NamesAreAnsiTextAndOnlyTheUserNameEndsInAZero) {
   auto sys = New<clsZKSystem>();
-  EXPECT_EQ(sys->GetUserName(), FromUtf8(Line("whoami")) + u'\0');
-  EXPECT_EQ(U8(sys->GetComputerName()), Line("hostname"));
-}
-
-// The platform keeps both names in UTF-8. This test runs again in a child with a host name
-// and a view of /etc/passwd of its own, which takes each name in turn.
-TEST(SystemInfo, NamesAreThePlatformsTextThroughTheAnsiCodePage) {
   if (!testing::InTestChild()) {
-    const auto child = testing::RunTestInChild("SystemInfo.NamesAreThePlatformsTextThroughTheAnsiCodePage");
+    EXPECT_EQ(sys->GetUserName(), FromUtf8(Line("whoami")) + u'\0');
+    EXPECT_EQ(U8(sys->GetComputerName()), Line("hostname"));
+    const auto child = testing::RunTestInChild("SystemInfo.NamesAreAnsiTextAndOnlyTheUserNameEndsInAZero");
     if (child.output.find("[  SKIPPED ]") != std::string::npos) GTEST_SKIP() << child.output;
     EXPECT_EQ(child.exit_code, 0) << child.output;
     return;
@@ -59,7 +58,6 @@ TEST(SystemInfo, NamesAreThePlatformsTextThroughTheAnsiCodePage) {
     unlink(passwd);
     GTEST_SKIP() << "no namespaces here";
   }
-  auto sys = New<clsZKSystem>();
   for (const auto& r : rows) {
     std::ofstream(passwd) << r.platform << ":x:" << geteuid() << ":0::/:/bin/sh\n";
     ASSERT_EQ(sethostname(r.platform, strlen(r.platform)), 0);

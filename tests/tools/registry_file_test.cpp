@@ -27,17 +27,14 @@ std::string Sample(const std::string& name) {
   return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-// Each test has a store of its own in its scratch folder.
-class RegistryFile : public testing::FsTest {
- protected:
-  void SetUp() override { setenv("TSRUNTIME_REGISTRY_DIR", Native().c_str(), 1); }
-  void TearDown() override { unsetenv("TSRUNTIME_REGISTRY_DIR"); }
-  // Runs tsrt; "" when it succeeded, else the first line it wrote to standard error.
-  static std::string Tsrt(std::vector<std::string> words) {
-    std::ostringstream out, err;
-    return tsrt::Run(words, out, err) == 0 ? "" : err.str().substr(0, err.str().find('\n'));
-  }
-};
+// Runs tsrt in this process; "" when it succeeded, else the first line it wrote to standard error.
+std::string Tsrt(std::vector<std::string> words) {
+  std::ostringstream out, err;
+  return tsrt::Run(words, out, err) == 0 ? "" : err.str().substr(0, err.str().find('\n'));
+}
+
+using RegistryFile = testing::FsTest;
+constexpr int32_t kHkcu = HKEY_CURRENT_USER;
 
 TEST_F(RegistryFile, SamplesOfEveryShapeImportToTheExpectedExportWhichImportsToItself) {
   // Each row's files are imported in their order into an empty store.
@@ -64,27 +61,25 @@ TEST_F(RegistryFile, SamplesOfEveryShapeImportToTheExpectedExportWhichImportsToI
   }
   // The store now holds the deletions' result: the class reads what the file's types say.
   auto reg = New<clsZKRegistry>();
-  const int32_t hkcu = HKEY_CURRENT_USER;
   const String key = u"SOFTWARE\\tessaly";
-  EXPECT_EQ(reg->GetLong(hkcu, key, u"Dword"), 42) << "hex(4) is a 32-bit integer";
-  EXPECT_EQ(reg->GetString(hkcu, key, u"Expand", u"not a string"), u"not a string") << "an expandable string is another type";
-  EXPECT_EQ(reg->GetString(hkcu, key + u"\\Fresh", u"Wide"), u"??") << "kept as Unicode, read through the ANSI code page";
+  EXPECT_EQ(reg->GetLong(kHkcu, key, u"Dword"), 42) << "hex(4) is a 32-bit integer";
+  EXPECT_EQ(reg->GetString(kHkcu, key, u"Expand", u"not a string"), u"not a string") << "an expandable string is another type";
+  EXPECT_EQ(reg->GetString(kHkcu, key + u"\\Fresh", u"Wide"), u"??") << "kept as Unicode, read through the ANSI code page";
 }
 
 TEST_F(RegistryFile, ExportsWhatTheClassWroteAndRefusesNamesNoLineCanHold) {
   auto reg = New<clsZKRegistry>();
-  const int32_t hkcu = HKEY_CURRENT_USER;
-  reg->SetString(hkcu, u"Soft\\B", u"", u"");
-  reg->SetString(hkcu, u"Soft\\a", u"Line", u"1\r\n2");
-  reg->SetString(hkcu, u"Soft", u"Empty", u"");
+  reg->SetString(kHkcu, u"Soft\\B", u"", u"");
+  reg->SetString(kHkcu, u"Soft\\a", u"Line", u"1\r\n2");
+  reg->SetString(kHkcu, u"Soft", u"Empty", u"");
   ASSERT_EQ(Tsrt({"reg", "export", "HKEY_CURRENT_USER\\Soft", Native("m.reg")}), "");
   EXPECT_EQ(Get("m.reg"), Utf16File(u"Windows Registry Editor Version 5.00\r\n\r\n"
                                     u"[HKEY_CURRENT_USER\\Soft]\r\n\"Empty\"=hex(1):\r\n\r\n"
                                     u"[HKEY_CURRENT_USER\\Soft\\a]\r\n\"Line\"=hex(1):31,00,0d,00,0a,00,32,00,00,00\r\n\r\n"
                                     u"[HKEY_CURRENT_USER\\Soft\\B]\r\n@=\"\"\r\n\r\n"))
       << "children in name order without regard to case; odd strings as hex(1)";
-  reg->SetString(hkcu, u"Names\\Value", u"two\nlines", u"v");
-  reg->CreateSubKey(hkcu, u"Names\\Key\\two\rlines\\below");
+  reg->SetString(kHkcu, u"Names\\Value", u"two\nlines", u"v");
+  reg->CreateSubKey(kHkcu, u"Names\\Key\\two\rlines\\below");
   const std::string refused = "Error 5 (ZKRuntimeLib): Invalid procedure call or argument: a name below ";
   const struct { const char* what; std::string key; std::string error; } failures[] = {
       {"a value name with a line break", "HKCU\\Names\\Value", refused + "HKEY_CURRENT_USER\\Names\\Value holds a line break"},
@@ -117,7 +112,7 @@ TEST_F(RegistryFile, BadFilesFailWithTheirLineNumberWithoutWritingAnything) {
   for (const auto& c : cases) {
     if (!c.file.empty()) Put("bad.reg", c.file);
     EXPECT_EQ(Tsrt({"reg", "import", Native("bad.reg")}), c.error) << c.what;
-    EXPECT_EQ(New<clsZKRegistry>()->GetLong(HKEY_CURRENT_USER, u"X", u"A", -1), -1) << c.what << ": nothing was written";
+    EXPECT_EQ(New<clsZKRegistry>()->GetLong(kHkcu, u"X", u"A", -1), -1) << c.what << ": nothing was written";
   }
 }
 
