@@ -4,9 +4,16 @@
 // "<function>/<case>/peer" (BENCHMARK_CAPTURE(Function, Case/tsruntime, ...) does so);
 // after the usual table, one line per case gives the library's time divided by the
 // peer's (below 1: the library is faster).
+//
+// The C allocator's thresholds are fixed before anything runs. Left to adapt, glibc
+// hands freed memory back to the system or keeps it depending on the sizes freed
+// before, so one side of a pair could pay page faults on every iteration that the
+// other side's history spared it.
 #pragma once
 
 #include <benchmark/benchmark.h>
+
+#include <malloc.h>
 
 #include <cstdio>
 #include <map>
@@ -46,6 +53,8 @@ class PeerRatioReporter : public benchmark::ConsoleReporter {
 };
 
 inline int RunWithPeerRatios(int argc, char** argv) {
+  mallopt(M_MMAP_THRESHOLD, 32 << 20);  // the largest glibc allows
+  mallopt(M_TRIM_THRESHOLD, 256 << 20);
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   PeerRatioReporter reporter;
