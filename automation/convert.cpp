@@ -14,6 +14,12 @@ namespace {
 [[noreturn]] void Mismatch() { RaiseRuntime(RuntimeError::kTypeMismatch); }
 [[noreturn]] void Overflow() { RaiseRuntime(RuntimeError::kOverflow); }
 
+String DecimalText(int64_t value) {
+  String s;
+  AppendDecimal(s, value);
+  return s;
+}
+
 // The host runtime writes exponents as "E+20" / "E-05", with the locale's separator.
 String Localize(std::string s) {
   for (char& c : s) {
@@ -373,9 +379,9 @@ String ToString(const Variant& v) {
     case VarType::kEmpty: return String();
     case VarType::kNull: RaiseRuntime(RuntimeError::kInvalidUseOfNull);
     case VarType::kString: return v.asString();
-    case VarType::kInteger: return FromAscii(std::to_string(v.asInteger()));
-    case VarType::kLong: return FromAscii(std::to_string(v.asLong()));
-    case VarType::kByte: return FromAscii(std::to_string(v.asByte()));
+    case VarType::kInteger: return DecimalText(v.asInteger());
+    case VarType::kLong: return DecimalText(v.asLong());
+    case VarType::kByte: return DecimalText(v.asByte());
     case VarType::kSingle: return FormatSingle(v.asSingle());
     case VarType::kDouble: return FormatDouble(v.asDouble());
     case VarType::kCurrency: return FormatCurrency(v.asCurrency());

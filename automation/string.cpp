@@ -1,5 +1,9 @@
 #include "tsruntime/automation/string.h"
 
+#include <algorithm>
+#include <charconv>
+#include <iterator>
+
 namespace tsruntime {
 
 std::string ToUtf8(StringView text) {
@@ -81,6 +85,15 @@ String FromUtf8(std::string_view text) {
 }
 
 String FromAscii(std::string_view text) { return String(text.begin(), text.end()); }
+
+void AppendDecimal(String& out, int64_t value) {
+  char digits[24];
+  const char* end = std::to_chars(std::begin(digits), std::end(digits), value).ptr;
+  const size_t length = static_cast<size_t>(end - digits);
+  char16_t wide[24];
+  std::copy_n(digits, length, wide);
+  out.append(wide, length);
+}
 
 bool EqualsAsciiNoCase(StringView a, StringView b) {
   if (a.size() != b.size()) return false;

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <iterator>
-#include <optional>
 
 #include "tsruntime/automation/codepage.h"
 #include "tsruntime/clsZKStorage.h"
@@ -21,35 +20,47 @@ bool IsNumberType(int32_t type) {
                      [type](VarType t) { return TypeCode(t) == type; });
 }
 
-// The text a value is kept as, or nothing for a type the list refuses.
-std::optional<String> TextOf(const Variant& value) {
-  if (IsNumberType(TypeCode(value.type()))) return ToString(value);
-  switch (value.type()) {
+// Appends the text a value of type `type` is kept as; false, for a type the list
+// refuses, with nothing appended.
+bool AppendText(String& out, const Variant& value, VarType type) {
+  switch (type) {
+    case VarType::kInteger:
+      AppendDecimal(out, value.asInteger());
+      return true;
+    case VarType::kLong:
+      AppendDecimal(out, value.asLong());
+      return true;
+    case VarType::kByte:
+      AppendDecimal(out, value.asByte());
+      return true;
     case VarType::kNull:
-      return String();
+      return true;
     case VarType::kDate: {
       // Years 100 to 9999, the only dates the runtime can build or read back.
       const double d = value.asDate().value;
-      if (!(d >= -657434.0 && d < 2958466.0)) return std::nullopt;
-      return value.asDate().ToIsoText();
+      if (!(d >= -657434.0 && d < 2958466.0)) return false;
+      out += value.asDate().ToIsoText();
+      return true;
     }
     case VarType::kString:
-      return value.asString();
+      out += value.asString();
+      return true;
     case VarType::kBoolean:
-      return value.asBoolean() ? String(u"1") : String();
+      if (value.asBoolean()) out += u'1';
+      return true;
     default:
       break;
   }
-  if (!value.isArray()) return std::nullopt;
-  if (value.type() != kByteArray) return String();  // kept, but `Item` will refuse it
+  if (IsNumberType(TypeCode(type))) {
+    out += ToString(value);
+    return true;
+  }
+  if (!value.isArray()) return false;
+  if (type != kByteArray) return true;  // kept, but `Item` will refuse it
   const SafeArray& bytes = value.asArray();
-  if (bytes.ubound(1) < 0) return String();  // raises for a never-dimensioned array
-  return AnsiToString(bytes.bytes());
-}
-
-template <class T>
-void ReserveOneMore(std::vector<T>& list) {
-  if (list.size() == list.capacity()) list.reserve(std::max<size_t>(16, 2 * list.size()));
+  if (bytes.ubound(1) < 0) return true;  // raises for a never-dimensioned array
+  out += AnsiToString(bytes.bytes());
+  return true;
 }
 
 [[noreturn]] void RaiseItem(xeZK_ERROR_CODES code, String description) {
@@ -59,21 +70,23 @@ void ReserveOneMore(std::vector<T>& list) {
 }  // namespace
 
 bool clsZKStorageItems::Add(const Variant& value) {
+  const size_t end = texts_.size();
   try {
-    std::optional<String> text = TextOf(value);
-    if (!text) return false;
-    // Room is made in both lists before either grows, so a failed allocation leaves
-    // them alike; doubling keeps a long run of calls linear.
-    ReserveOneMore(types_);
-    ReserveOneMore(texts_);
-    types_.push_back(TypeCode(value.type()));
-    texts_.push_back(std::move(*text));
-    return true;
+    // Room for the slot is made first, so that nothing after the text can fail;
+    // doubling keeps a long run of calls linear.
+    if (slots_.size() == slots_.capacity()) {
+      slots_.reserve(std::max<size_t>(16, 2 * slots_.size()));
+    }
+    const VarType type = value.type();
+    if (AppendText(texts_, value, type)) {
+      slots_.push_back({texts_.size(), TypeCode(type)});
+      return true;
+    }
   } catch (const Error&) {
-    return false;
   } catch (const std::bad_alloc&) {
-    return false;
   }
+  texts_.resize(end);
+  return false;
 }
 
 Variant clsZKStorageItems::Item(int32_t index) const {
@@ -85,8 +98,8 @@ Variant clsZKStorageItems::Item(int32_t index) const {
     RaiseItem(xcZKERR_STORAGE_INDEX,
               LanguageText(u"Недопустимый индекс элемента", u"Index out of bounds"));
   }
-  const int32_t type = types_[static_cast<size_t>(index)];
-  const String& text = texts_[static_cast<size_t>(index)];
+  const int32_t type = slots_[static_cast<size_t>(index)].type;
+  const String text(TextAt(static_cast<size_t>(index)));
   if (IsNumberType(type)) return ChangeType(Variant(text), static_cast<VarType>(type));
   if (type == TypeCode(kByteArray)) return Variant(SafeArray::FromBytes(StringToAnsi(text)));
   // A code outside the 16 bits of a type must not wrap into a readable one.
@@ -109,8 +122,8 @@ Variant clsZKStorageItems::Item(int32_t index) const {
 }
 
 void clsZKStorageItems::Clear() {
-  types_.clear();
   texts_.clear();
+  slots_.clear();
 }
 
 TSRUNTIME_DEFINE_CLASS(clsZKStorageItems) {

@@ -1,9 +1,16 @@
+#include "storage_block.h"
 #include "tsruntime/clsZKStorage.h"
 
 namespace tsruntime {
 
-clsZKStorage::clsZKStorage()
-    : nodes_(New<clsZKStorageNodes>()), items_(New<clsZKStorageItems>()) {}
+clsZKStorage::clsZKStorage() { storage_block::MakeLists(this, nodes_, items_); }
+
+void* clsZKStorage::operator new(size_t size) { return storage_block::AllocateNode(size); }
+void clsZKStorage::operator delete(void* p) { storage_block::Free(p); }
+void* clsZKStorageNodes::operator new(size_t size) { return storage_block::AllocateLone(size); }
+void clsZKStorageNodes::operator delete(void* p) { storage_block::Free(p); }
+void* clsZKStorageItems::operator new(size_t size) { return storage_block::AllocateLone(size); }
+void clsZKStorageItems::operator delete(void* p) { storage_block::Free(p); }
 
 void clsZKStorage::Clear() {
   Ref<clsZKStorage> keep_alive;  // a cycle through this node may hold its last reference

@@ -34,6 +34,8 @@ struct StorageText {
 
   // Appends the item records of `items` to `out`.
   static void AppendItems(String& out, const clsZKStorageItems& items);
+  // The length of those records.
+  static size_t ItemsLength(const clsZKStorageItems& items);
   // Fills the cleared `items` from `text`; the result of clsZKStorageItems::ToObject.
   static bool ReadItems(clsZKStorageItems& items, StringView text);
 
@@ -51,6 +53,8 @@ struct StorageText {
   static bool ReadList(clsZKStorageNodes& list, StringView text);
 
  private:
+  class TextLength;
+  template <class Out>
   class Writer;
   struct Reader;
 };

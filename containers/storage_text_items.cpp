@@ -7,17 +7,19 @@ namespace tsruntime {
 
 using packed::kChunkHeader;
 
+size_t StorageText::ItemsLength(const clsZKStorageItems& items) {
+  return static_cast<size_t>(CheckedLong(static_cast<int64_t>(items.texts_.size()) +
+                                         static_cast<int64_t>(items.slots_.size() * kRecordHeader)));
+}
+
 void StorageText::AppendItems(String& out, const clsZKStorageItems& items) {
-  int64_t total = 0;
-  for (const String& text : items.texts_) {
-    total = CheckedLong(total + static_cast<int64_t>(text.size() + kRecordHeader));
-  }
+  const size_t count = items.slots_.size();
   size_t p = out.size();
-  out.resize(p + static_cast<size_t>(total));
-  for (size_t i = 0; i < items.texts_.size(); ++i) {
-    const String& text = items.texts_[i];
+  out.resize(p + ItemsLength(items));
+  for (size_t i = 0; i < count; ++i) {
+    const StringView text = items.TextAt(i);
     packed::WriteField(&out[p], static_cast<int64_t>(text.size() + kRecordHeader), kChunkHeader);
-    packed::WriteField(&out[p + kChunkHeader], items.types_[i], kTypeField);
+    packed::WriteField(&out[p + kChunkHeader], items.slots_[i].type, kTypeField);
     text.copy(&out[p + kRecordHeader], text.size());
     p += text.size() + kRecordHeader;
   }
@@ -29,16 +31,16 @@ bool StorageText::ReadItems(clsZKStorageItems& items, StringView text) {
     int64_t p = 1;
     while (p < length) {
       // The slot comes first: a record that fails to read leaves it behind, typeless.
-      items.types_.push_back(0);
-      items.texts_.emplace_back();
+      items.slots_.push_back({items.texts_.size(), 0});
+      clsZKStorageItems::Slot& slot = items.slots_.back();
       const size_t at = static_cast<size_t>(p - 1);
       const int64_t record = packed::ReadField(text, at, kChunkHeader);
       if (record < static_cast<int64_t>(kRecordHeader)) return false;
-      items.types_.back() =
-          static_cast<int32_t>(packed::ReadField(text, at + kChunkHeader, kTypeField));
+      slot.type = static_cast<int32_t>(packed::ReadField(text, at + kChunkHeader, kTypeField));
       if (at + kRecordHeader < text.size()) {
-        items.texts_.back() =
+        items.texts_ +=
             text.substr(at + kRecordHeader, static_cast<size_t>(record) - kRecordHeader);
+        slot.end = items.texts_.size();
       }
       p = CheckedLong(p + record);
     }
@@ -49,7 +51,7 @@ bool StorageText::ReadItems(clsZKStorageItems& items, StringView text) {
 String clsZKStorageItems::ToString(bool& ErrFlag) const {
   ErrFlag = true;
   String out;
-  if (texts_.empty()) {
+  if (slots_.empty()) {
     ErrFlag = false;
     return out;
   }

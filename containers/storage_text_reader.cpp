@@ -7,23 +7,34 @@
 namespace tsruntime {
 
 struct StorageText::Reader {
-  // A list being filled: the chunks of its children and how far they have been read.
-  // `node` is the node the list belongs to (owned while it is a new child), null for a
-  // list read on its own; `ok` starts as that node's own result and turns False when a
-  // child fails.
+  // A list being filled: the chunks of its children, read one at a time. `node` is the
+  // node the list belongs to (owned while it is a new child), null for a list read on
+  // its own; `ok` starts as that node's own result and turns False when a child fails.
   struct ListFrame {
     clsZKStorage* node;
     Ref<clsZKStorage> owned;
     clsZKStorageNodes* list;
-    std::vector<StringView> chunks;
-    size_t next = 0;
+    packed::ChunkReader children{StringView()};
     bool ok = true;
   };
+
+  // A reader over the chunks of a child list, once every length field in it has been
+  // found to read: a bad one fails the list before any child is made.
+  static bool CheckedChildren(StringView text, packed::ChunkReader& children) {
+    return Quietly([&] {
+      packed::ChunkReader check(text);
+      for (StringView chunk; check.Next(chunk);) {
+      }
+      children = packed::ChunkReader(text);
+      return true;
+    });
+  }
 
   // Reads a node's name and items and splits its child list into chunks, leaving the
   // children to the caller.
   static ListFrame BeginNode(clsZKStorage* node, Ref<clsZKStorage> owned, StringView text) {
-    ListFrame frame{node, std::move(owned), node->nodes_.get(), {}, 0, false};
+    ListFrame frame{node, std::move(owned), node->nodes_.get()};
+    frame.ok = false;
     // The name, the child list and the items; any further chunks must read too.
     StringView parts[3];
     size_t count = 0;
@@ -37,13 +48,7 @@ struct StorageText::Reader {
       return frame;
     }
     node->name_ = String(parts[0]);
-    bool list_ok = true;
-    if (count > 1 && !parts[1].empty()) {
-      list_ok = Quietly([&] {
-        frame.chunks = packed::SplitChunks(parts[1]);
-        return true;
-      });
-    }
+    const bool list_ok = count < 2 || parts[1].empty() || CheckedChildren(parts[1], frame.children);
     const bool items_ok = count > 2 && StorageText::ReadItems(*node->items_, parts[2]);
     frame.ok = count > 2 && list_ok && items_ok;
     return frame;
@@ -54,8 +59,7 @@ struct StorageText::Reader {
   static bool ReadChildren(std::vector<ListFrame>& frames) {
     for (;;) {
       ListFrame& top = frames.back();
-      if (top.next < top.chunks.size()) {
-        const StringView chunk = top.chunks[top.next++];
+      if (StringView chunk; top.children.Next(chunk)) {
         Ref<clsZKStorage> child = New<clsZKStorage>();
         clsZKStorage* raw = child.get();
         frames.push_back(BeginNode(raw, std::move(child), chunk));
@@ -81,13 +85,8 @@ bool StorageText::ReadNode(clsZKStorage& node, StringView text) {
 
 bool StorageText::ReadList(clsZKStorageNodes& list, StringView text) {
   std::vector<Reader::ListFrame> frames;
-  frames.push_back(Reader::ListFrame{nullptr, nullptr, &list, {}, 0, true});
-  if (!Quietly([&] {
-        frames.back().chunks = packed::SplitChunks(text);
-        return true;
-      })) {
-    return false;
-  }
+  frames.push_back(Reader::ListFrame{nullptr, nullptr, &list});
+  if (!Reader::CheckedChildren(text, frames.back().children)) return false;
   return Reader::ReadChildren(frames);
 }
 

@@ -1,4 +1,5 @@
 // Writing the node and child-list levels of the storage text into one buffer.
+#include <type_traits>
 #include <vector>
 
 #include "../text/packed_fields.h"
@@ -9,9 +10,25 @@ namespace tsruntime {
 
 using packed::kChunkHeader;
 
+// Stands in for the text in a first pass that only measures it, so that the text is
+// then written into a buffer of its exact length: a buffer grown by doubling costs a
+// copy of everything written so far and fresh pages at every step.
+class StorageText::TextLength {
+ public:
+  explicit TextLength(size_t start) : size_(start) {}
+  size_t size() const { return size_; }
+  void append(size_t count, char16_t) { size_ += count; }
+  void operator+=(const String& text) { size_ += text.size(); }
+  void resize(size_t size) { size_ = size; }
+
+ private:
+  size_t size_;
+};
+
+template <class Out>
 class StorageText::Writer {
  public:
-  explicit Writer(String& out) : out_(out) {}
+  explicit Writer(Out& out) : out_(out) {}
   ~Writer() {  // also when a step ran out of memory
     for (const Frame& f : frames_) {
       if (f.node) f.node->being_written_ = false;
@@ -82,7 +99,11 @@ class StorageText::Writer {
       done.node->being_written_ = false;
       CloseChunk(done.list_start - kChunkHeader);
       const size_t items = OpenChunk();
-      StorageText::AppendItems(out_, *done.node->items_);
+      if constexpr (std::is_same_v<Out, String>) {
+        StorageText::AppendItems(out_, *done.node->items_);
+      } else {
+        out_.append(StorageText::ItemsLength(*done.node->items_), u'0');
+      }
       CloseChunk(items);
       if (!frames_.empty()) CloseChunk(done.chunk_start);  // the node is a child
     }
@@ -97,20 +118,26 @@ class StorageText::Writer {
   // Fills in the length field at `at` with the length of everything written since.
   void CloseChunk(size_t at) {
     const int64_t length = CheckedLong(static_cast<int64_t>(out_.size() - at));
-    packed::WriteField(&out_[at], length, kChunkHeader);
+    if constexpr (std::is_same_v<Out, String>) packed::WriteField(&out_[at], length, kChunkHeader);
   }
 
-  String& out_;
+  Out& out_;
   std::vector<Frame> frames_;
   bool list_failed_ = false;
 };
 
 bool StorageText::AppendNode(String& out, const clsZKStorage& node) {
-  return Writer(out).Node(node);
+  TextLength length(out.size());
+  if (!Writer<TextLength>(length).Node(node)) return false;
+  out.reserve(length.size());
+  return Writer<String>(out).Node(node);
 }
 
 bool StorageText::AppendList(String& out, const clsZKStorageNodes& list) {
-  return Writer(out).List(list);
+  TextLength length(out.size());
+  Writer<TextLength>(length).List(list);
+  out.reserve(length.size());
+  return Writer<String>(out).List(list);
 }
 
 String clsZKStorage::ToString(bool& ErrFlag) const {

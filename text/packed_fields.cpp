@@ -1,12 +1,20 @@
 #include "packed_fields.h"
 
-
 #include "tsruntime/automation/checked.h"
 #include "tsruntime/automation/convert.h"
 
 namespace tsruntime::packed {
 
 void WriteField(char16_t* at, int64_t value, size_t width) {
+  // The common case, a length that fits, is written from the right with no sign.
+  if (value >= 0 && width <= 18) {
+    auto rest = static_cast<uint64_t>(value);
+    for (size_t i = width; i > 0; --i) {
+      at[i - 1] = static_cast<char16_t>(u'0' + rest % 10);
+      rest /= 10;
+    }
+    if (rest == 0) return;
+  }
   uint64_t magnitude = value < 0 ? 0 - static_cast<uint64_t>(value) : value;
   char digits[20];  // the last first
   size_t count = 0;
@@ -27,16 +35,14 @@ void WriteField(char16_t* at, int64_t value, size_t width) {
 
 int64_t ReadField(StringView data, size_t p, size_t width) {
   const StringView field = p < data.size() ? data.substr(p, width) : StringView();
-  int64_t value = 0;
-  bool plain = field.size() == width;
+  uint64_t value = 0;
+  unsigned not_digit = field.size() != width;
   for (char16_t c : field) {
-    if (c < u'0' || c > u'9') {
-      plain = false;
-      break;
-    }
-    value = value * 10 + (c - u'0');
+    const unsigned digit = static_cast<unsigned>(c) - u'0';
+    not_digit |= digit > 9;
+    value = value * 10 + digit;
   }
-  return plain ? value : ToLong(Variant(String(field)));
+  return not_digit == 0 ? static_cast<int64_t>(value) : ToLong(Variant(String(field)));
 }
 
 bool ChunkReader::Next(StringView& chunk) {

@@ -37,6 +37,11 @@ class clsZKStorage : public Object {
   clsZKStorage();
   TSRUNTIME_CLASS_INFO;
 
+  // A node is allocated in one block with the two lists it makes; the block is
+  // returned when the last of the three is released.
+  static void* operator new(size_t size);
+  static void operator delete(void* p);
+
   // The node's children. Replaceable by reference: after `SetNodes(other)` this
   // node and whoever else holds `other` share it. Nothing is accepted too; the node
   // then has no children list (and `Clear` skips it) until another is set.
@@ -107,6 +112,10 @@ class clsZKStorageNodes : public Object {
   ~clsZKStorageNodes() override;
   TSRUNTIME_CLASS_INFO;
 
+  // May share its memory with the node that made it (see clsZKStorage).
+  static void* operator new(size_t size);
+  static void operator delete(void* p);
+
   // Appends the node, by reference, at the end. No checks: the same node twice, the
   // list's own node, even Nothing, are all accepted.
   void Add(Ref<clsZKStorage> objStorage);
@@ -168,6 +177,10 @@ class clsZKStorageItems : public Object {
  public:
   TSRUNTIME_CLASS_INFO;
 
+  // May share its memory with the node that made it (see clsZKStorage).
+  static void* operator new(size_t size);
+  static void operator delete(void* p);
+
   // Appends the value in its text form and returns True; returns False and changes
   // nothing for a refused type or a value that cannot be turned into text (a byte
   // array that was never dimensioned, a date out of range).
@@ -192,7 +205,7 @@ class clsZKStorageItems : public Object {
   // Empties the list.
   void Clear();
 
-  int32_t Count() const { return static_cast<int32_t>(texts_.size()); }
+  int32_t Count() const { return static_cast<int32_t>(slots_.size()); }
 
   // One record per value, in order, with nothing between them: the record's length
   // (text length + 13) in nine digits, the type code in four, then the text:
@@ -213,8 +226,22 @@ class clsZKStorageItems : public Object {
  private:
   friend struct StorageText;
 
-  std::vector<int32_t> types_;
-  std::vector<String> texts_;
+  // Where a value's text ends in `texts_` (it begins where the one before ends), and
+  // its type code.
+  struct Slot {
+    size_t end;
+    int32_t type;
+  };
+
+  StringView TextAt(size_t index) const {
+    const size_t begin = index == 0 ? 0 : slots_[index - 1].end;
+    return StringView(texts_).substr(begin, slots_[index].end - begin);
+  }
+
+  // The texts end to end in one buffer: a list of a million values costs two blocks
+  // of memory, not a million.
+  String texts_;
+  std::vector<Slot> slots_;
 };
 
 }  // namespace tsruntime

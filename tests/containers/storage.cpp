@@ -157,5 +157,25 @@ TEST(StorageNodes, ClearEmptiesEveryNodeReachedInPlaceWhoeverHoldsIt) {
   }
 }
 
+TEST(StorageNodes, ListsLiveAsLongAsTheirHoldersWhicheverIsReleasedFirst) {
+  // A node's lists share its memory; each of the three must live on alone.
+  Ref<clsZKStorageItems> kept_items;
+  Ref<clsZKStorageNodes> kept_nodes;
+  auto parent = Node(u"p");
+  {
+    auto node = Node(u"gone");
+    kept_items = node->Items(), kept_nodes = node->Nodes();
+    kept_nodes->Add(Node(u"child"));
+    parent->Nodes()->Add(node);
+    node->SetItems(New<clsZKStorageItems>());  // the first list goes before the node
+  }
+  parent = nullptr;  // the node goes with its last holder, its child list stays
+  kept_items->Add(Variant(String(u"more")));
+  EXPECT_EQ(kept_items->Count(), 2);
+  EXPECT_EQ(ToString(kept_items->Item(1)), u"more");
+  ASSERT_EQ(kept_nodes->Count(), 1);
+  EXPECT_EQ(kept_nodes->Item(0)->Name(), u"child");
+}
+
 }  // namespace
 }  // namespace tsruntime

@@ -120,17 +120,17 @@ TEST(StorageText, EachLevelReadsItsTextByTrustingTheLengths) {
     SCOPED_TRACE(c.sentence);
     auto node = Make(u"old", {I(1)}, {Make(u"old child")});
     EXPECT_EQ(node->ToObject(c.text), c.result);
-    if (c.shape != "*") EXPECT_EQ(Shape(node), c.shape);
+    if (c.shape != "*") { EXPECT_EQ(Shape(node), c.shape); }
     auto list = New<clsZKStorageNodes>();
     auto kept = Make(u"old", {I(1)});
     list->Add(kept);
     EXPECT_EQ(list->ToObject(c.text), c.list_result);
-    if (c.list_result) EXPECT_EQ(list->Count(), c.children);
+    if (c.list_result) { EXPECT_EQ(list->Count(), c.children); }
     EXPECT_EQ(Shape(kept), "") << "the old child is emptied where it is held";
     auto items = New<clsZKStorageItems>();
     items->Add(I(1));
     EXPECT_EQ(items->ToObject(c.text), c.items_result);
-    if (c.items >= 0) EXPECT_EQ(items->Count(), c.items);
+    if (c.items >= 0) { EXPECT_EQ(items->Count(), c.items); }
   }
 }
 

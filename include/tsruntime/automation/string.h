@@ -5,6 +5,7 @@
 // (file names, the terminal), through `ToUtf8` and `FromUtf8`.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -21,6 +22,10 @@ String FromUtf8(std::string_view text);
 
 // ASCII text to UTF-16, for member names and fixed English texts.
 String FromAscii(std::string_view text);
+
+// Appends a whole number in plain decimal digits, "-" first when negative: the text of
+// an Integer, Long or Byte in every locale.
+void AppendDecimal(String& out, int64_t value);
 
 // Case-insensitive equality of ASCII letters only; used for member and class names,
 // which the automation runtime matches without regard to case.
