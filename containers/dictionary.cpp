@@ -13,19 +13,6 @@ namespace {
 // Only a String is a key; every other type, Boolean and Empty included, is an index.
 bool IsKey(const Variant& item) { return item.type() == VarType::kString; }
 
-// The key's case fold, or nothing when it folds to itself, as most keys do.
-String FoldUnlessSame(StringView key) {
-  for (char16_t c : key) {
-    if (c < 0x80 ? (c >= u'A' && c <= u'Z') : TextFold(c) != c) return FoldCase(key);
-  }
-  return String();
-}
-
-Entry* FindKey(const EntryList& list, StringView key) {
-  const String folded = FoldUnlessSame(key);
-  return list.find(folded.empty() ? key : StringView(folded));
-}
-
 // The index an argument stands for, or -1 when it names no entry of `list`: out of
 // range, or not convertible to Long.
 int64_t IndexIn(const EntryList& list, const Variant& item) {
@@ -48,16 +35,15 @@ clsZKDictionary::~clsZKDictionary() = default;
 // visits exactly the positions lo..hi halving would, so its result is the same even
 // when the entries are not in order.
 bool clsZKDictionary::Insert(String key, Variant value) {
-  String folded = FoldUnlessSame(key);
-  if (entries_->find(folded.empty() ? StringView(key) : StringView(folded))) return false;
+  if (entries_->find(key)) return false;
   const size_t n = entries_->size();
   size_t before = n;  // zero-based position to insert at
-  std::string text_key;
+  EntryList::Probe probe{};
   if (sort_mode_ != xcTS_DICT_SORT_NONE && n > 0) {
     const int sign = sort_mode_ == xcTS_DICT_SORT_DESC ? -1 : 1;
     // Any mode other than binary compares as text.
     const int32_t mode = compare_mode_ == vbBinaryCompare ? vbBinaryCompare : vbTextCompare;
-    EntryList::Probe probe = entries_->MakeProbe(key, mode);
+    probe = entries_->MakeProbe(key, mode);
     size_t lo = 1, hi = n;
     for (;;) {
       const size_t mid = (lo + hi) / 2;
@@ -78,10 +64,8 @@ bool clsZKDictionary::Insert(String key, Variant value) {
         return false;
       }
     }
-    text_key = std::move(probe.text_key);
   }
-  entries_->insert(before, std::move(key), std::move(folded), std::move(value),
-                   std::move(text_key));
+  entries_->insert(before, std::move(key), std::move(value), probe);
   return true;
 }
 
@@ -108,7 +92,7 @@ int32_t clsZKDictionary::Count() const { return static_cast<int32_t>(entries_->s
 
 void clsZKDictionary::Remove(const Variant& Item) {
   if (IsKey(Item)) {
-    if (Entry* e = FindKey(*entries_, Item.asString())) {
+    if (Entry* e = entries_->find(Item.asString())) {
       entries_->erase(*e);
       changed_ = true;
     }
@@ -122,7 +106,7 @@ void clsZKDictionary::Remove(const Variant& Item) {
 Variant clsZKDictionary::Data(const Variant& Item) const {
   const Entry* e = nullptr;
   if (IsKey(Item)) {
-    e = FindKey(*entries_, Item.asString());
+    e = entries_->find(Item.asString());
   } else if (const int64_t i = IndexIn(*entries_, Item); i >= 0) {
     e = &entries_->at(static_cast<size_t>(i));
   }
@@ -136,7 +120,7 @@ void clsZKDictionary::ReplaceData(const Variant& Item, const Variant& vData) {
   Entry* e;
   String key;
   if (IsKey(item)) {
-    e = FindKey(*entries_, item.asString());
+    e = entries_->find(item.asString());
     if (!e) RaiseRuntime(RuntimeError::kInvalidCall);
     key = item.asString();
   } else {
@@ -185,7 +169,7 @@ void clsZKDictionary::LetKey(const Variant& Item, const Variant& NewKey) {
     } else {
       String new_key = ToString(NewKey);
       if (CompareStrings(item.asString(), new_key, compare_mode_) == 0) return;
-      Entry* e = FindKey(*entries_, item.asString());
+      Entry* e = entries_->find(item.asString());
       if (!e) return;
       Variant value = std::move(e->value);
       entries_->erase(*e);
@@ -212,7 +196,7 @@ xeTS_DICTIONARY_SORT clsZKDictionary::SortMode() const {
 
 bool clsZKDictionary::Exists(const Variant& KeyName) const {
   if (entries_->size() == 0) return false;
-  if (IsKey(KeyName)) return FindKey(*entries_, KeyName.asString()) != nullptr;
+  if (IsKey(KeyName)) return entries_->find(KeyName.asString()) != nullptr;
   try {
     const int32_t position = ToLong(KeyName);
     return position >= 1 && static_cast<size_t>(position) <= entries_->size();

@@ -29,8 +29,8 @@ struct Leaf : Node {
   Leaf() : Node(true) {}
   Entry* slot[kCapacity + 1];
   uint64_t order[kCapacity + 1];       // OrderPrefix(slot[i]->key)
-  // The prefix of slot[i]->text_key, valid while its generation is the list's; the two
-  // side by side, so that a probe reads one cache line.
+  // The prefix of slot[i]'s text sort key, valid while its generation is the list's;
+  // the two side by side, so that a probe reads one cache line.
   struct TextOrder {
     uint64_t prefix;
     uint32_t generation;
@@ -167,15 +167,14 @@ Entry& EntryList::at(size_t pos) const {
 }
 
 EntryList::Probe EntryList::MakeProbe(StringView key, int32_t mode) {
-  Probe probe{key, mode, OrderPrefix(key), {}};
+  Probe probe{key, mode, OrderPrefix(key)};
   if (mode == vbBinaryCompare) return probe;
   std::string locale = CurrentLocale();
   if (text_generation_ == 0 || locale != text_locale_) {
     text_locale_ = std::move(locale);
     ++text_generation_;  // every text key made so far is stale
   }
-  probe.text_key = TextSortKey(key);
-  probe.order = OrderPrefix(probe.text_key);
+  probe.order = OrderPrefix(TextSortKey(key));
   return probe;
 }
 
@@ -186,27 +185,22 @@ int EntryList::CompareAt(size_t pos, const Probe& probe) const {
     if (leaf->order[i] != probe.order) return leaf->order[i] < probe.order ? -1 : 1;
     return Sign(StringView(leaf->slot[i]->key).compare(probe.key));
   }
-  Entry& entry = *leaf->slot[i];
+  const Entry& entry = *leaf->slot[i];
   Leaf::TextOrder& text = leaf->text[i];
   if (text.generation != text_generation_) {
-    entry.text_key = TextSortKey(entry.key);
-    text = {OrderPrefix(entry.text_key), text_generation_};
+    text = {OrderPrefix(TextSortKey(entry.key)), text_generation_};
   }
   if (text.prefix != probe.order) return text.prefix < probe.order ? -1 : 1;
-  return Sign(entry.text_key.compare(probe.text_key));
+  // Sort keys order as the collator does, so it decides what their prefixes left open.
+  return CompareStrings(entry.key, probe.key, vbTextCompare);
 }
 
-Entry* EntryList::find(StringView folded) const {
-  return index_.find(folded);
-}
+Entry* EntryList::find(StringView key) const { return index_.find(key); }
 
-Entry& EntryList::insert(size_t pos, String key, String folded, Variant value,
-                         std::string text_key) {
+Entry& EntryList::insert(size_t pos, String key, Variant value, const Probe& probe) {
   auto owned = std::make_unique<Entry>();
   owned->key = std::move(key);
-  owned->text_key = std::move(text_key);
   owned->value = std::move(value);
-  owned->folded = std::move(folded);
   index_.add(owned.get());
   path_length_ = 0;
   if (!root_) root_ = new Leaf;
@@ -233,9 +227,9 @@ Entry& EntryList::insert(size_t pos, String key, String folded, Variant value,
   Entry* entry = owned.release();
   leaf->slot[at] = entry;
   leaf->order[at] = OrderPrefix(entry->key);
-  // A text key from the probe is current; without one it is made when first probed.
-  leaf->text[at] = {OrderPrefix(entry->text_key),
-                    entry->text_key.empty() ? 0 : text_generation_};
+  // A text order from the probe is current; without one it is made when first probed.
+  leaf->text[at] = probe.mode == vbBinaryCompare ? Leaf::TextOrder{0, 0}
+                                                 : Leaf::TextOrder{probe.order, text_generation_};
   entry->leaf = leaf;
   ++leaf->n;
   ++size_;

@@ -31,11 +31,7 @@ struct Inner;
 struct Entry {
   String key;
   Variant value;
-  String folded;  // the key's case fold; empty when the key folds to itself
   Leaf* leaf = nullptr;
-  std::string text_key;  // TextSortKey(key) in the list's text locale, made when first probed
-
-  StringView foldedKey() const { return folded.empty() ? StringView(key) : StringView(folded); }
 };
 
 class EntryList {
@@ -52,25 +48,24 @@ class EntryList {
   // A key to place, prepared once for the probes of a sorted insertion.
   struct Probe {
     StringView key;
-    int32_t mode;           // CompareStrings mode
-    uint64_t order;         // OrderPrefix of the key, or of its text sort key
-    std::string text_key;   // TextSortKey(key), in text mode
+    int32_t mode = vbBinaryCompare;  // CompareStrings mode
+    uint64_t order = 0;              // OrderPrefix of the key, or of its text sort key
   };
   // Prepares `key` for comparison under `mode`; in text mode, in the thread's locale.
   Probe MakeProbe(StringView key, int32_t mode);
   // CompareStrings(key at `pos`, probe.key, probe.mode): -1, 0 or +1. The leaves keep
   // the first bytes of every key's order beside the entry, so most probes decide without
-  // fetching the entry; text sort keys are made once per entry and locale.
+  // fetching the entry; in text mode those bytes are made once per entry and locale, and
+  // only keys that share them are compared through the collator.
   int CompareAt(size_t pos, const Probe& probe) const;
 
-  // The entry whose key folds to `folded` (see FoldCase), or null.
-  Entry* find(StringView folded) const;
+  // The entry whose key equals `key` but for letter case (see FoldCase), or null.
+  Entry* find(StringView key) const;
 
-  // Inserts a new entry before position `pos` (size() appends). `folded` is the key's
-  // case fold, or empty when the key folds to itself, and no entry may already have it. `text_key`, when not empty, is the
-  // key's text sort key from the latest text-mode probe (MakeProbe), kept for later ones.
-  Entry& insert(size_t pos, String key, String folded, Variant value,
-                std::string text_key = {});
+  // Inserts a new entry before position `pos` (size() appends). No entry may have the
+  // key but for letter case. `probe`, from the latest MakeProbe of the key, keeps the
+  // order of a text-mode key for later probes.
+  Entry& insert(size_t pos, String key, Variant value, const Probe& probe);
 
   // Removes and frees the entry.
   void erase(Entry& entry);

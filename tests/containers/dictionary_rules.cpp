@@ -89,6 +89,9 @@ TEST(DictionaryRules, EachOperationFollowsItsRule) {
       {"Data let by name reports the key", 0, 0, "a b", kLetByName, S(u"a"), I(0), "b a", no, true},
       {"Data set by name reports the index", 0, 0, "a b", kSetByName, I(0), obj, "b a", no, true},
       {"Key let by name reports a", 0, 0, "a b", kKeyByName, S(u"a"), S(u"q"), "b q", no, true},
+      {"keys match blind to case, ASCII or not", 0, 0, "x@AZ[\u0416\u0451", kExists, S(u"X@az[\u0436\u0401"), no, "x@AZ[\u0416\u0451", Variant(true)},
+      {"and with Cyrillic among the first four", 0, 0, "\u0416\u0451az", kExists, S(u"\u0436\u0401AZ"), no, "\u0416\u0451az", Variant(true)},
+      {"@ and ` differ by a case bit but are two keys", 0, 0, "x@Zz[y", kAdd, S(u"x`Zz{y"), no, "x@Zz[y x`Zz{y"},
       {"Data let by name of a missing key raises 5", 0, 0, "a", kLetByName, S(u"z"), no, "a", I(5)},
       {"Data set by name at index Count raises 9", 0, 0, "a", kSetByName, I(1), obj, "a", I(9)},
   };
