@@ -114,6 +114,24 @@ std::string TextSortKey(StringView text) {
   return key;
 }
 
+uint64_t TextSortKeyPrefix(StringView text) {
+  // The key is made on the stack; one that does not fit is made whole.
+  uint8_t key[64];
+  const icu::UnicodeString s(false, text.data(), static_cast<int32_t>(text.size()));
+  const int32_t n = TextCollator().getSortKey(s, key, static_cast<int32_t>(sizeof key));
+  std::string whole;
+  const uint8_t* bytes = key;
+  size_t size = n > 0 ? static_cast<size_t>(n - 1) : 0;  // the terminating zero left out
+  if (size >= sizeof key) {
+    whole = TextSortKey(text);
+    bytes = reinterpret_cast<const uint8_t*>(whole.data());
+    size = whole.size();
+  }
+  uint64_t prefix = 0;
+  for (size_t i = 0; i < 8; ++i) prefix = prefix << 8 | (i < size ? bytes[i] : 0);
+  return prefix;
+}
+
 int CompareVariants(const Variant& a, const Variant& b, int32_t mode) {
   if (a.isObject() || b.isObject()) return CompareVariants(DefaultValue(a), DefaultValue(b), mode);
   if (a.isNull() || b.isNull()) RaiseRuntime(RuntimeError::kInvalidUseOfNull);

@@ -53,15 +53,6 @@ uint64_t OrderPrefix(StringView key) {
   return prefix;
 }
 
-// The same for a text sort key, whose bytes are never zero.
-uint64_t OrderPrefix(const std::string& sort_key) {
-  uint64_t prefix = 0;
-  for (size_t i = 0; i < 8; ++i) {
-    prefix = prefix << 8 | (i < sort_key.size() ? static_cast<uint8_t>(sort_key[i]) : 0);
-  }
-  return prefix;
-}
-
 int Sign(int x) { return (x > 0) - (x < 0); }
 
 Leaf* AsLeaf(Node* n) { return static_cast<Leaf*>(n); }
@@ -174,7 +165,7 @@ EntryList::Probe EntryList::MakeProbe(StringView key, int32_t mode) {
     text_locale_ = std::move(locale);
     ++text_generation_;  // every text key made so far is stale
   }
-  probe.order = OrderPrefix(TextSortKey(key));
+  probe.order = TextSortKeyPrefix(key);
   return probe;
 }
 
@@ -188,7 +179,7 @@ int EntryList::CompareAt(size_t pos, const Probe& probe) const {
   const Entry& entry = *leaf->slot[i];
   Leaf::TextOrder& text = leaf->text[i];
   if (text.generation != text_generation_) {
-    text = {OrderPrefix(TextSortKey(entry.key)), text_generation_};
+    text = {TextSortKeyPrefix(entry.key), text_generation_};
   }
   if (text.prefix != probe.order) return text.prefix < probe.order ? -1 : 1;
   // Sort keys order as the collator does, so it decides what their prefixes left open.

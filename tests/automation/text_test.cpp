@@ -66,7 +66,7 @@ TEST(CompareStrings, BinaryIsByCodeUnitAndTextIgnoresCaseWithLatinFirst) {
   }
 }
 
-TEST(TextSortKey, OrdersExactlyAsTextCompare) {
+TEST(TextSortKey, OrdersExactlyAsTextCompareAndItsPrefixIsItsFirstBytes) {
   // Every text of up to two characters where case, ё and punctuation matter, and two long.
   std::vector<String> words = {u"", String(500, u'ж'), String(499, u'Ж') + u'з'};
   const std::u16string_view alphabet = u" -.9aAzZеЕёЁжЖяЯ";
@@ -79,6 +79,11 @@ TEST(TextSortKey, OrdersExactlyAsTextCompare) {
     std::vector<std::string> keys;
     for (const String& w : words) keys.push_back(TextSortKey(w));
     for (size_t i = 0; i < words.size(); ++i) {
+      uint64_t first_bytes = 0;
+      for (size_t b = 0; b < 8; ++b) {
+        first_bytes = first_bytes << 8 | (b < keys[i].size() ? static_cast<uint8_t>(keys[i][b]) : 0);
+      }
+      ASSERT_EQ(TextSortKeyPrefix(words[i]), first_bytes) << U8(words[i]);
       for (size_t j = 0; j < words.size(); ++j) {
         ASSERT_EQ((keys[i] > keys[j]) - (keys[i] < keys[j]),
                   CompareStrings(words[i], words[j], vbTextCompare))

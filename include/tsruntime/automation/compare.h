@@ -43,6 +43,11 @@ char16_t TextFold(char16_t ch);
 // once per string, it lets sorts compare with memcmp instead of a locale lookup.
 std::string TextSortKey(StringView text);
 
+// The first eight bytes of TextSortKey(text), zeros past its end, as one big-endian
+// number: two keys whose prefixes differ order as these numbers do. Made without a
+// copy of the whole key for most texts.
+uint64_t TextSortKeyPrefix(StringView text);
+
 // The host runtime's comparison of two Variants (numbers numerically, strings by
 // `mode`, a number below a string, Empty as 0 or "", an object as its default member,
 // see `DefaultValue`). Raises type mismatch (13) for values that cannot be compared;
