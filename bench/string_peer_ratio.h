@@ -27,7 +27,12 @@ class PeerRatioReporter : public benchmark::ConsoleReporter {
     ConsoleReporter::ReportRuns(runs);
     for (const Run& r : runs) {
       if (r.run_type != Run::RT_Iteration || r.error_occurred) continue;
-      const std::string name = r.benchmark_name();
+      std::string name = r.benchmark_name();
+      // Settings the run adds to the name ("/min_time:3.000") are not part of it.
+      for (size_t setting; (setting = name.rfind('/')) != std::string::npos &&
+                           name.find(':', setting) != std::string::npos;) {
+        name.resize(setting);
+      }
       const size_t first = name.find('/'), last = name.rfind('/');
       if (first == last) continue;
       const std::string side = name.substr(last + 1);
