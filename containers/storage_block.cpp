@@ -68,8 +68,8 @@ void MakeLists(clsZKStorage* node, Ref<clsZKStorageNodes>& nodes, Ref<clsZKStora
     return;
   }
   unbuilt_node = nullptr;
-  char* block = reinterpret_cast<char*>(HeaderOf(node)->shared);
   Shared* shared = HeaderOf(node)->shared;
+  char* block = reinterpret_cast<char*>(shared);  // the block begins with its count
   // Neither constructor allocates, so neither can fail half-way.
   nodes = Ref<clsZKStorageNodes>(::new (Place(block, kNodesAt, shared)) clsZKStorageNodes());
   ++shared->live;
